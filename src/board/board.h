@@ -1,0 +1,98 @@
+#pragma once
+#include <cstdint>
+
+#include "board/bitboards.h"
+#include "board/slidingMovesGenerator.h"
+#include "board/zorbicKeyset.h"
+
+class killerMoveTable;
+
+enum pieceType : int { PAWN = 0, KNIGHT = 1, BISHOP = 2, ROOK = 3, QUEEN = 4, KING = 5, NOPIECE = 6 };
+enum colour : int { WHITE = 0, BLACK = 1 };
+
+inline constexpr int nullMove = 0x41;
+inline constexpr int moveBufferSize = 200;  // moves in 0..99 ended by 0, their scores in 100..199
+inline constexpr int maxMovesPerList = 99;
+
+inline int moveFrom(int move) { return move & 63; }
+inline int moveTo(int move) { return (move >> 6) & 63; }
+inline int movePromotion(int move) { return (move >> 12) & 7; }
+
+// Program-wide values shared by every board of this process.
+extern int pieceValue[7];
+extern int maxMaterial;
+extern uint64_t keyHistory[150];
+
+class board {
+public:
+    int32_t lazy;              // wMat - bMat
+    int8_t pieceOn[64];        // piece type per square, NOPIECE when empty
+    int8_t toMove;             // +1 white, -1 black
+    int32_t wMat;
+    int32_t bMat;
+    int32_t totalMat;
+    int8_t pieceCount[2][5];   // [0] black, [1] white; only knight..queen are exact
+    uint8_t wKingSq;
+    uint8_t bKingSq;
+    int8_t enPassant;          // 0 when there is none
+    uint8_t castle;            // 1 K, 2 Q, 4 k, 8 q
+    uint8_t spare;
+    int8_t fiftyMoves;
+    int32_t ply;
+    int32_t rootPly;
+    int32_t positionalScore;
+    uint8_t recaptureSq;
+    uint8_t nullMoves;
+    uint8_t verification;
+    uint64_t boardKey;
+    uint64_t bb[7][2];         // [type][WHITE/BLACK]; row NOPIECE holds all pieces of a colour
+    uint64_t occupied;
+
+    static slidingMovesGenerator smg;
+    static zorbicKeyset zKeyset;
+    static killerMoveTable* killers;
+
+    // Reads the piece values, builds the program-wide tables and sets up the
+    // start position. A given killer table becomes the one the move
+    // generator scores with.
+    explicit board(killerMoveTable* killerTable = nullptr);
+
+    void setupStartPosition();
+    void setupPosition(const char* fen);
+    void getFen(char* out) const;  // at most 100 characters
+    void printBoard() const;
+    int evaluate(int alpha, int beta);
+
+    void generateCaptureMoves(uint16_t* buffer) const;
+    void generateNonCaptureMoves(uint16_t* buffer) const;
+    void generateLegalMoves(uint16_t* list) const;
+    void makeMove(int move);
+    bool isMoveIllegal(int move) const;
+    bool printGameEndedMessage() const;
+    int convertMovestringToInt(const char* text) const;
+
+    // Is the square attacked by pieces of the given bitboard colour?
+    bool attackedBy(int square, int attacker) const {
+        const uint64_t pawnAttacks = attacker == WHITE ? blackPawnAttacks[square] : whitePawnAttacks[square];
+        if (bb[PAWN][attacker] & pawnAttacks) return true;
+        if (bb[KING][attacker] & kingAttacks[square]) return true;
+        if (bb[KNIGHT][attacker] & knightAttacks[square]) return true;
+        const uint64_t rooksQueens = bb[ROOK][attacker] | bb[QUEEN][attacker];
+        if (rooksQueens && (smg.rookMoves(square, occupied) & rooksQueens)) return true;
+        const uint64_t bishopsQueens = bb[BISHOP][attacker] | bb[QUEEN][attacker];
+        return bishopsQueens && (smg.bishopMoves(square, occupied) & bishopsQueens);
+    }
+    // Attacked by the opponent of side (+1/-1)?
+    bool underAttack(int square, int side) const { return attackedBy(square, side == 1 ? BLACK : WHITE); }
+    bool inCheck() const { return toMove == 1 ? attackedBy(wKingSq, BLACK) : attackedBy(bKingSq, WHITE); }
+
+private:
+    void computeKey();
+    int scoreCapture(int move) const;
+    int scoreNonCapture(int move) const;
+};
+
+// Move text in coordinate notation with an upper-case promotion letter
+// ("e7e8Q"), or "NULLMOVE"; out needs room for 9 characters.
+void moveToText(int move, char* out);
+void squareToText(int square, char* out);

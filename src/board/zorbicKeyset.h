@@ -1,0 +1,28 @@
+#pragma once
+#include <cstdint>
+
+// Position keys. Drawn from a fixed-seed generator so that every process of
+// the engine holds the same keys and can share hash tables.
+class zorbicKeyset {
+public:
+    static constexpr int enPassantBase = 768;
+    static constexpr int sideIndex = 896;
+    static constexpr int castleBase = 897;
+
+    uint64_t keys[913];
+
+    zorbicKeyset();
+    uint64_t getRandom64();
+
+    static int colourIndex(int side) { return (side + 1) / 2; }
+    void addRemovePiece(uint64_t& key, int type, int side, int square) const {
+        key ^= keys[type * 128 + colourIndex(side) * 64 + square];
+    }
+    void addRemoveEnpassantField(uint64_t& key, int square) const { key ^= keys[enPassantBase + square]; }
+    void changeSides(uint64_t& key) const { key ^= keys[sideIndex]; }
+    void updateCastle(uint64_t& key, int rights) const { key ^= keys[castleBase + rights]; }
+
+private:
+    uint32_t randomState = 1;
+    int nextRandom();
+};

@@ -1,0 +1,208 @@
+#include "shell/settingsFile.h"
+
+#include <cctype>
+#include <climits>
+#include <cstdlib>
+
+const char* settingsValue(const char* piece, const char* key) {
+    const std::size_t keyLength = std::strlen(key);
+    return std::strncmp(piece, key, keyLength) == 0 ? piece + keyLength : nullptr;
+}
+
+static int clampToInt(long long value) {
+    if (value > INT_MAX) return INT_MAX;
+    if (value < INT_MIN) return INT_MIN;
+    return static_cast<int>(value);
+}
+
+int settingsInt(const char* text) {
+    // strtol saturates instead of overflowing, and base 10 refuses "0x" forms.
+    return clampToInt(std::strtol(text, nullptr, 10));
+}
+
+int settingsDouble(const char* text) {
+    // strtod would also take hex, "inf" and "nan"; only a plain decimal number
+    // may get that far, so garbage reads as 0 like everywhere else.
+    const char* p = text;
+    while (std::isspace(static_cast<unsigned char>(*p))) ++p;
+    if (*p == '+' || *p == '-') ++p;
+    const bool startsDecimal = std::isdigit(static_cast<unsigned char>(p[0])) ||
+                               (p[0] == '.' && std::isdigit(static_cast<unsigned char>(p[1])));
+    if (!startsDecimal) return 0;
+    if (p[0] == '0' && (p[1] == 'x' || p[1] == 'X')) return 0;
+
+    const double value = std::strtod(text, nullptr);
+    // Written so that an overflow to infinity clamps as well.
+    if (!(value < 2147483648.0)) return INT_MAX;
+    if (!(value > -2147483649.0)) return INT_MIN;
+    return static_cast<int>(value);
+}
+
+void readPieceValueSettings(const char* fileName, pieceValueSettings& values) {
+    bool echo = false;
+    readSettingsLines(fileName, [&](const char* piece) {
+        const char* value;
+        if ((value = settingsValue(piece, "pref:printToScreen=")) != nullptr) {
+            echo = settingsInt(value) != 0;
+            if (echo) printf("Read settings:\n");
+        } else if ((value = settingsValue(piece, "pref:VALPAWN=")) != nullptr) {
+            values.pawn = settingsDouble(value);
+            if (echo) printf("   VALPAWN:  %d\n", values.pawn);
+        } else if ((value = settingsValue(piece, "pref:VALKNIGHT=")) != nullptr) {
+            values.knight = settingsDouble(value);
+            if (echo) printf("   VALKNIGHT:%d\n", values.knight);
+        } else if ((value = settingsValue(piece, "pref:VALBISHOP=")) != nullptr) {
+            values.bishop = settingsDouble(value);
+            if (echo) printf("   VALBISHOP:%d\n", values.bishop);
+        } else if ((value = settingsValue(piece, "pref:VALROOK=")) != nullptr) {
+            values.rook = settingsDouble(value);
+            if (echo) printf("   VALROOK:  %d\n", values.rook);
+        } else if ((value = settingsValue(piece, "pref:VALQUEEN=")) != nullptr) {
+            values.queen = settingsDouble(value);
+            if (echo) printf("   VALQUEEN: %d\n", values.queen);
+        }
+    });
+}
+
+bool readHashSizeSetting(const char* fileName, int& sizeMB) {
+    bool found = false;
+    readSettingsLines(fileName, [&](const char* piece) {
+        if (const char* value = settingsValue(piece, "pref:size-hashtable=")) {
+            sizeMB = settingsDouble(value);
+            found = true;
+        }
+    });
+    return found;
+}
+
+int readNalimovCacheSetting(const char* fileName) {
+    int cacheMB = 64;
+    readSettingsLines(fileName, [&](const char* piece) {
+        if (const char* value = settingsValue(piece, "pref:NalimovCache=")) cacheMB = settingsInt(value);
+    });
+    return cacheMB;
+}
+
+int readPrintInvertedScoreSetting(const char* fileName) {
+    int inverted = 0;
+    readSettingsLines(fileName, [&](const char* piece) {
+        if (const char* value = settingsValue(piece, "pref:printInvertedScore=")) inverted = settingsInt(value);
+    });
+    return inverted;
+}
+
+// Copies text up to its line end (or its end), cut to fit size bytes with the terminator.
+static void copyUpToLineEnd(char* destination, std::size_t size, const char* text) {
+    if (size == 0) return;
+    std::size_t length = 0;
+    while (length + 1 < size && text[length] != '\0' && text[length] != '\n') {
+        destination[length] = text[length];
+        ++length;
+    }
+    destination[length] = '\0';
+}
+
+void readEgtbPathSetting(const char* fileName, char* path, std::size_t size) {
+    copyUpToLineEnd(path, size, "d:\\chess\\egtb4\\");
+    readSettingsLines(fileName, [&](const char* piece) {
+        if (const char* value = settingsValue(piece, "pref:egtb-path=")) copyUpToLineEnd(path, size, value);
+    });
+}
+
+// At most 50 characters, cut right after the first ".ctg" that starts within
+// the first 45; the cut is what drops the line end. Other text stays as read.
+static void takeBookPath(char (&bookPath)[bookPathMaxLength + 1], const char* text) {
+    std::size_t length = 0;
+    while (length < bookPathMaxLength && text[length] != '\0') {
+        bookPath[length] = text[length];
+        ++length;
+    }
+    bookPath[length] = '\0';
+    char* extension = std::strstr(bookPath, ".ctg");
+    if (extension != nullptr && extension - bookPath < 45) extension[4] = '\0';
+}
+
+void readGameSettings(const char* fileName, gameSettings& settings) {
+    struct flagKey {
+        const char* key;
+        const char* echoFormat;
+        int gameSettings::*flag;
+    };
+    static constexpr flagKey flagKeys[] = {
+        {"pref:pondering=", "   PONDERING:         %d\n", &gameSettings::pondering},
+        {"pref:enable_EGTB=", "   enable_EGTB:       %d\n", &gameSettings::enableEGTB},
+        {"pref:enable_NMP=", "   enable_NMP:        %d\n", &gameSettings::enableNMP},
+        {"pref:enable_LMP=", "   enable_LMP:        %d\n", &gameSettings::enableLMP},
+        {"pref:enable_FUTPRUN=", "   enable_FUTPRUN:    %d\n", &gameSettings::enableFUTPRUN},
+        {"pref:enable_BOOK=", "   enable_BOOK:       %d\n", &gameSettings::enableBOOK},
+        {"pref:enable_EXTENTIONS=", "   enable_EXTENTIONS: %d\n", &gameSettings::enableEXTENTIONS},
+    };
+
+    bool echo = false;
+    readSettingsLines(fileName, [&](const char* piece) {
+        const char* value;
+        if ((value = settingsValue(piece, "pref:printToScreen=")) != nullptr) {
+            echo = settingsInt(value) != 0;
+            if (echo) printf("Read settings:\n");
+            return;
+        }
+        if ((value = settingsValue(piece, "pref:book-path=")) != nullptr) {
+            takeBookPath(settings.bookPath, value);
+            if (echo) printf("   Set bookpath:      %s", value);
+            return;
+        }
+        if ((value = settingsValue(piece, "pref:BookBestMoveOnly=")) != nullptr) {
+            const int mode = settingsInt(value);
+            settings.bookBestMoveOnly = mode < 0 ? 0 : (mode > 1 ? 1 : mode);
+            if (echo) printf("   BookBestMoveOnly:    %d\n", mode);
+            return;
+        }
+        if ((value = settingsValue(piece, "pref:MAXPROCESSES=")) != nullptr) {
+            const long long count = static_cast<long long>(settingsInt(value)) + 1;
+            settings.processCount = count < 1 ? 1 : clampToInt(count);
+            if (echo && settings.processCount == 1) printf("   MULTIPROCESSING: DISABLED\n");
+            return;
+        }
+        for (const flagKey& flag : flagKeys) {
+            if ((value = settingsValue(piece, flag.key)) != nullptr) {
+                settings.*flag.flag = settingsInt(value);
+                if (echo) printf(flag.echoFormat, settings.*flag.flag);
+                return;
+            }
+        }
+    });
+    printf("Using %d processor", settings.processCount - 1);
+    if (settings.processCount > 2) printf("s");
+    printf("\n");
+}
+
+static int checkValue(char firstCharacter) { return firstCharacter == 't' ? 1 : 0; }
+
+bool writeSettingsFile(const char* fileName, const char* engineName, const settingsFileValues& values) {
+    std::FILE* file = std::fopen(fileName, "w");
+    if (file == nullptr) return false;
+    std::fprintf(file, "==== settings %s ====\n", engineName);
+    std::fprintf(file, "pref:printToScreen=0     (0=disabled, 1=enabled)\n");
+    std::fprintf(file, "pref:size-hashtable=%d   (in MB)\n", values.hashMB);
+    std::fprintf(file, "pref:NalimovCache=%d     (in MB)\n", values.nalimovCacheMB);
+    // The paths carry the newline of the option line they came from.
+    std::fprintf(file, "pref:egtb-path=%s", values.nalimovPath);
+    std::fprintf(file, "pref:book-path=%s", values.bookPath);
+    std::fprintf(file, "pref:DRAWSCORE=%d\n", values.drawScore);
+    std::fprintf(file, "pref:VALPAWN=%d\n", values.pawn);
+    std::fprintf(file, "pref:VALKNIGHT=%d\n", values.knight);
+    std::fprintf(file, "pref:VALBISHOP=%d\n", values.bishop);
+    std::fprintf(file, "pref:VALROOK=%d\n", values.rook);
+    std::fprintf(file, "pref:VALQUEEN=%d\n", values.queen);
+    std::fprintf(file, "pref:MAXPROCESSES=%d\n", values.numberOfProcessors);
+    std::fprintf(file, "pref:enable_EGTB=%d       (initial value, 0=disabled, 1=enabled)\n", checkValue(values.egtb));
+    std::fprintf(file, "pref:enable_BOOK=%d\n", checkValue(values.ownBook));
+    std::fprintf(file, "pref:BookBestMoveOnly=%d\n", checkValue(values.bookBestMoveOnly));
+    std::fprintf(file, "pref:enable_FUTPRUN=%d\n", checkValue(values.futilityPruning));
+    std::fprintf(file, "pref:enable_EXTENTIONS=%d\n", checkValue(values.extentions));
+    std::fprintf(file, "pref:enable_NMP=%d\n", checkValue(values.nullMovePruning));
+    std::fprintf(file, "pref:enable_LMP=%d\n", checkValue(values.lateMovePruning));
+    std::fprintf(file, "pref:pondering=%d\n", checkValue(values.ponder));
+    std::fprintf(file, "pref:printInvertedScore=%d\n", checkValue(values.printInvertedScore));
+    return std::fclose(file) == 0;
+}
