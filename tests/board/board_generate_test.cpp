@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "search/killerMoveTable.h"
+#include "testBoard.h"
+
+namespace {
+
+const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+
+int scoreOf(const uint16_t* buffer, const char* text) {
+    for (int i = 0; buffer[i]; i++)
+        if (moveText(buffer[i]) == text) return static_cast<int16_t>(buffer[100 + i]);
+    ADD_FAILURE() << text << " not generated";
+    return -1;
+}
+
+struct GenerateTest : testing::Test {
+    void SetUp() override { board::killers->reset(); }
+    void TearDown() override { board::killers->reset(); }
+    uint16_t captures[moveBufferSize];
+    uint16_t quiet[moveBufferSize];
+    void generate(const board& b) {
+        b.generateCaptureMoves(captures);
+        b.generateNonCaptureMoves(quiet);
+    }
+};
+
+}  // namespace
+
+TEST_F(GenerateTest, StartPositionOrder) {
+    generate(boardFrom(startFen));
+    EXPECT_EQ(captures[0], 0);
+    EXPECT_EQ(listText(quiet),
+              "a2a3 b2b3 c2c3 d2d3 e2e3 f2f3 g2g3 h2h3 a2a4 b2b4 c2c4 d2d4 e2e4 f2f4 g2g4 h2h4 "
+              "b1a3 b1c3 g1f3 g1h3");
+    EXPECT_EQ(quiet[12] & 0x8000, 0x8000);  // double push flag
+    EXPECT_EQ(scoreOf(quiet, "a2a3"), 4096);
+}
+
+// Killers and history lift quiet moves; the ties keep the order that the
+// diminishing-gap passes leave them in (worked through by hand).
+TEST_F(GenerateTest, KillersHistoryAndSortTieOrder) {
+    board b = boardFrom(startFen);
+    const int gf3 = b.convertMovestringToInt("g1f3"), e4 = b.convertMovestringToInt("e2e4");
+    board::killers->storeKillerMove(e4, 10, 0, 1, NOPIECE);
+    board::killers->storeKillerMove(gf3, 20, 0, 1, NOPIECE);
+    generate(b);
+    EXPECT_EQ(listText(quiet),
+              "g1f3 e2e4 b2b3 a2a3 e2e3 f2f3 g2g3 h2h3 d2d3 b2b4 c2c4 d2d4 c2c3 f2f4 g2g4 h2h4 "
+              "b1a3 b1c3 a2a4 g1h3");
+    EXPECT_EQ(scoreOf(quiet, "g1f3"), 8194);
+    EXPECT_EQ(scoreOf(quiet, "e2e4"), 8193);
+
+    board::killers->resetKillers();
+    board::killers->counters[1][b.convertMovestringToInt("h2h3") & 0xFFF] = 5;  // highest bit 2
+    generate(b);
+    EXPECT_EQ(moveText(quiet[0]), "h2h3");
+    EXPECT_EQ(scoreOf(quiet, "h2h3"), 4098);
+}
+
+TEST_F(GenerateTest, CaptureScores) {
+    // Undefended queen: 28672 + 900/100. Pawn takes a knight defended by c6: 28672 + (300-100)/100.
+    generate(boardFrom("4k3/7q/2p5/1n6/P3B3/8/8/4K3 w - - 0 1"));
+    EXPECT_EQ(scoreOf(captures, "e4h7"), 28681);
+    EXPECT_EQ(scoreOf(captures, "a4b5"), 28674);
+    EXPECT_EQ(scoreOf(captures, "e4c6"), 28673);
+    EXPECT_EQ(listText(captures), "e4h7 a4b5 e4c6");
+
+    // On a defended square: bishop for bishop, bishop for pawn.
+    generate(boardFrom("4k3/8/2p5/3b4/4B3/8/8/4K3 w - - 0 1"));
+    EXPECT_EQ(scoreOf(captures, "e4d5"), 20480);
+    generate(boardFrom("4k3/8/2p5/3p4/4B3/8/8/4K3 w - - 0 1"));
+    EXPECT_EQ(scoreOf(captures, "e4d5"), 16384);
+}
+
+TEST_F(GenerateTest, EnPassantOntoAttackedSquareSortsWithLosingCaptures) {
+    // d6 is covered by the c7 pawn, so the en-passant capture takes "nothing" on an attacked square.
+    board b = boardFrom("4k3/2p5/8/3pP3/8/8/8/4K3 w - d6 0 2");
+    generate(b);
+    EXPECT_EQ(listText(captures), "e5d6");
+    EXPECT_EQ(scoreOf(captures, "e5d6"), 16384);
+    b = boardFrom("4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 2");
+    generate(b);
+    EXPECT_EQ(scoreOf(captures, "e5d6"), 28672);
+}
+
+TEST_F(GenerateTest, PromotionsSplitBetweenTheGenerators) {
+    // Black: the queen promotions, with and without capture, are in the capture list;
+    // rook, bishop and knight promotions sink to the end of the quiet list.
+    generate(boardFrom("4k3/8/8/8/8/8/6p1/4K2R b - - 0 1"));
+    EXPECT_EQ(listText(captures), "g2g1Q g2h1Q");
+    EXPECT_EQ(scoreOf(captures, "g2h1Q"), 24576);
+    for (const char* under : {"g2g1R", "g2g1B", "g2g1N", "g2h1R", "g2h1B", "g2h1N"})
+        EXPECT_EQ(scoreOf(quiet, under), 0) << under;
+    int n = 0;
+    while (quiet[n]) n++;
+    ASSERT_EQ(n, 11);  // six under-promotions and five king moves
+    for (int i = 5; i < n; i++) EXPECT_NE(movePromotion(quiet[i]), 0) << moveText(quiet[i]);
+
+    generate(boardFrom("4k3/1P6/8/8/8/8/8/4K3 w - - 0 1"));
+    EXPECT_EQ(listText(captures), "b7b8Q");
+    n = 0;
+    while (quiet[n]) n++;
+    ASSERT_EQ(n, 8);
+    for (int i = 5; i < n; i++) EXPECT_EQ(moveText(quiet[i]).substr(0, 4), "b7b8");
+}
+
+TEST_F(GenerateTest, CastlingGeneratedWithoutAttackTestAndFilteredByLegality) {
+    // The e1 king is in check from the e8 rook; both castlings are still generated.
+    board b = boardFrom("4r1k1/8/8/8/8/8/8/R3K2R w KQ - 0 1");
+    generate(b);
+    std::string quietText = listText(quiet);
+    EXPECT_NE(quietText.find("e1g1"), std::string::npos);
+    EXPECT_NE(quietText.find("e1c1"), std::string::npos);
+    uint16_t legal[moveBufferSize];
+    b.generateLegalMoves(legal);
+    EXPECT_EQ(listText(legal).find("e1g1"), std::string::npos);
+    EXPECT_EQ(listText(legal).find("e1c1"), std::string::npos);
+
+    // Through an attacked square (f1), and next to one that does not matter (b1 on the long side).
+    b = boardFrom("5rk1/8/8/8/8/8/8/R3K2R w KQ - 0 1");
+    b.generateLegalMoves(legal);
+    EXPECT_EQ(listText(legal).find("e1g1"), std::string::npos);
+    EXPECT_NE(listText(legal).find("e1c1"), std::string::npos);
+    b = boardFrom("1r4k1/8/8/8/8/8/8/R3K2R w KQ - 0 1");
+    b.generateLegalMoves(legal);
+    EXPECT_NE(listText(legal).find("e1c1"), std::string::npos);
+    EXPECT_NE(listText(legal).find("e1g1"), std::string::npos);
+}
+
+TEST_F(GenerateTest, BuffersNeverOverflow) {
+    // Far more than 99 quiet moves: the list stops at 99 and stays terminated.
+    board b = boardFrom("Q1Q1Q1Q1/8/1Q1Q1Q1Q/8/Q1Q1Q1Q1/8/1Q1Q1Q1Q/k6K w - - 0 1");
+    uint16_t buffer[moveBufferSize + 1];
+    buffer[moveBufferSize] = 0xBEEF;
+    b.generateNonCaptureMoves(buffer);
+    int n = 0;
+    while (buffer[n]) n++;
+    EXPECT_EQ(n, maxMovesPerList);
+    EXPECT_EQ(buffer[moveBufferSize], 0xBEEF);
+    uint16_t legal[moveBufferSize];
+    testing::internal::CaptureStdout();  // white's queens can take the king, which the board reports
+    b.generateLegalMoves(legal);
+    testing::internal::GetCapturedStdout();
+    n = 0;
+    while (legal[n]) n++;
+    EXPECT_LE(n, 2 * maxMovesPerList);
+}

@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "testBoard.h"
+
+namespace {
+
+// Every incremental field must equal what a fresh set-up of the same position computes.
+void expectSameAsFreshSetup(const board& b) {
+    board fresh = boardFrom(fenOf(b).c_str());
+    EXPECT_EQ(b.boardKey, fresh.boardKey) << fenOf(b);
+    EXPECT_EQ(b.occupied, fresh.occupied);
+    for (int type = 0; type < 7; type++)
+        for (int side = 0; side < 2; side++) EXPECT_EQ(b.bb[type][side], fresh.bb[type][side]) << type;
+    for (int square = 0; square < 64; square++) EXPECT_EQ(b.pieceOn[square], fresh.pieceOn[square]);
+    EXPECT_EQ(b.wMat, fresh.wMat);
+    EXPECT_EQ(b.bMat, fresh.bMat);
+    EXPECT_EQ(b.totalMat, fresh.totalMat);
+    EXPECT_EQ(b.lazy, fresh.lazy);
+    for (int type = KNIGHT; type <= QUEEN; type++)
+        for (int side = 0; side < 2; side++) EXPECT_EQ(b.pieceCount[side][type], fresh.pieceCount[side][type]);
+    EXPECT_EQ(b.wKingSq, fresh.wKingSq);
+    EXPECT_EQ(b.bKingSq, fresh.bKingSq);
+}
+
+}  // namespace
+
+TEST(MakeMove, IncrementalStateMatchesFreshSetupOverRandomGames) {
+    const char* starts[] = {
+        "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
+        "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+        "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
+        "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
+    };
+    std::mt19937 random(7);
+    for (const char* start : starts) {
+        for (int game = 0; game < 20; game++) {
+            board b = boardFrom(start);
+            for (int plyCount = 0; plyCount < 120; plyCount++) {
+                uint16_t legal[moveBufferSize];
+                b.generateLegalMoves(legal);
+                int n = 0;
+                while (legal[n]) n++;
+                if (n == 0) break;
+                b.makeMove(legal[random() % n]);
+                ASSERT_EQ(keyHistory[b.ply % 150], b.boardKey);
+                expectSameAsFreshSetup(b);
+                if (HasFailure()) return;
+            }
+        }
+    }
+}
+
+TEST(MakeMove, CastlingMovesTheRookOnlyOnATwoFileKingMove) {
+    board b = boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1");
+    play(b, "e1g1");
+    EXPECT_EQ(b.pieceOn[2], ROOK);      // f1
+    EXPECT_EQ(b.pieceOn[0], NOPIECE);   // h1
+    EXPECT_EQ(b.wKingSq, 1);
+    EXPECT_EQ(b.castle, 12);
+    play(b, "e8c8");
+    EXPECT_EQ(b.pieceOn[60], ROOK);     // d8
+    EXPECT_EQ(b.pieceOn[63], NOPIECE);  // a8
+    EXPECT_EQ(b.castle, 0);
+    expectSameAsFreshSetup(b);
+
+    b = boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1");
+    play(b, "e1f1");
+    EXPECT_EQ(b.pieceOn[0], ROOK);
+    EXPECT_EQ(b.pieceOn[2], KING);
+    EXPECT_EQ(b.castle, 12);
+    play(b, "a8a1");  // taking the rook on a1 loses nothing further for white, but black loses q
+    EXPECT_EQ(b.castle, 4);
+    expectSameAsFreshSetup(b);
+}
+
+TEST(MakeMove, DoublePushAlwaysSetsEnPassantAndCaptureRemovesThePawn) {
+    board b = boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1");
+    play(b, "e2e4");
+    EXPECT_EQ(b.enPassant, 19);  // no black pawn can take, the square is set anyway
+    expectSameAsFreshSetup(b);
+
+    b = boardFrom("4k3/8/8/3pP3/8/8/8/4K3 w - d6 7 2");
+    play(b, "e5d6");
+    EXPECT_EQ(b.pieceOn[36], NOPIECE);  // d5
+    EXPECT_EQ(b.bMat, 0);
+    EXPECT_EQ(b.lazy, 100);
+    EXPECT_EQ(b.fiftyMoves, 0);
+    EXPECT_EQ(b.enPassant, 0);
+    EXPECT_EQ(b.recaptureSq, 0xFF);
+    expectSameAsFreshSetup(b);
+}
+
+TEST(MakeMove, PromotionWithCaptureBooksBothChanges) {
+    board b = boardFrom("1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1");
+    const int pawnsBefore = b.pieceCount[1][PAWN];
+    play(b, "a7b8Q");
+    EXPECT_EQ(b.pieceOn[62], QUEEN);
+    EXPECT_EQ(b.wMat, 900);
+    EXPECT_EQ(b.bMat, 0);
+    EXPECT_EQ(b.lazy, 900);
+    EXPECT_EQ(b.totalMat, 900);
+    EXPECT_EQ(b.pieceCount[1][QUEEN], 1);
+    EXPECT_EQ(b.pieceCount[0][ROOK], 0);
+    EXPECT_EQ(b.pieceCount[1][PAWN], pawnsBefore);  // the pawn entry is not kept
+    EXPECT_EQ(b.recaptureSq, 0xFF);
+    expectSameAsFreshSetup(b);
+}
+
+TEST(MakeMove, RecaptureSquareAndFiftyMoveClock) {
+    board b = boardFrom("4k3/8/8/3n4/8/4N3/8/4K3 w - - 9 1");
+    play(b, "e3d5");  // knight takes knight: equal values
+    EXPECT_EQ(b.recaptureSq, 36);
+    EXPECT_EQ(b.fiftyMoves, 0);
+    play(b, "e8d7");  // a quiet king move compares 0 with 0
+    EXPECT_EQ(b.recaptureSq, 52);
+    EXPECT_EQ(b.fiftyMoves, 1);
+    EXPECT_EQ(b.ply, 2);
+}
+
+TEST(MakeMove, NullMoveFlipsSideAndClearsEnPassantOnly) {
+    board b = boardFrom("4k3/8/8/8/4P3/8/8/4K3 b - e3 4 1");
+    const int ply = b.ply;
+    const uint64_t historyEntry = keyHistory[(ply + 1) % 150];
+    b.makeMove(nullMove);
+    EXPECT_EQ(b.toMove, 1);
+    EXPECT_EQ(b.enPassant, 0);
+    EXPECT_EQ(b.nullMoves, 1);
+    EXPECT_EQ(b.ply, ply);
+    EXPECT_EQ(b.fiftyMoves, 4);
+    EXPECT_EQ(keyHistory[(ply + 1) % 150], historyEntry);
+    EXPECT_EQ(b.boardKey, boardFrom("4k3/8/8/8/4P3/8/8/4K3 w - - 4 1").boardKey);
+    play(b, "e1d1");
+    EXPECT_EQ(b.nullMoves, 0);
+}

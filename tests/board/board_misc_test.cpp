@@ -1,0 +1,70 @@
+#include <gtest/gtest.h>
+
+#include "testBoard.h"
+
+namespace {
+
+std::string gameEndText(const board& b) {
+    testing::internal::CaptureStdout();
+    const bool ended = b.printGameEndedMessage();
+    std::string text = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(ended, !text.empty());
+    return text;
+}
+
+}  // namespace
+
+TEST(GameEnd, ThirdOccurrenceIsADrawButNotTheSecond) {
+    board b = boardFrom("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    for (const char* move : {"g1f3", "g8f6", "f3g1", "f6g8"}) play(b, move);
+    EXPECT_EQ(gameEndText(b), "");
+    for (const char* move : {"g1f3", "g8f6", "f3g1"}) play(b, move);
+    EXPECT_EQ(gameEndText(b), "");
+    play(b, "f6g8");
+    EXPECT_EQ(gameEndText(b), "1/2-1/2 {draw by triple repetition}\n");
+}
+
+TEST(GameEnd, FiftyMovesStalemateAndMates) {
+    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/R3K3 w - - 100 80")), "1/2-1/2 {50 moves rule}\n");
+    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/R3K3 w - - 99 80")), "");
+    EXPECT_EQ(gameEndText(boardFrom("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1")), "1/2-1/2 {stalemate}\n");
+    EXPECT_EQ(gameEndText(boardFrom("7k/6Q1/6K1/8/8/8/8/8 b - - 0 1")), "1-0 {white mates}\n");
+    EXPECT_EQ(gameEndText(boardFrom("8/8/8/8/8/6k1/6q1/7K w - - 0 1")), "0-1 {black mates}\n");
+}
+
+TEST(GameEnd, InsufficientMaterialByPieceCount) {
+    const std::string draw = "1/2-1/2 {insufficient Material}\n";
+    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 0 1")), draw);
+    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/4KN2 w - - 0 1")), draw);
+    EXPECT_EQ(gameEndText(boardFrom("4kb2/8/8/8/8/8/8/4K3 w - - 0 1")), draw);
+    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/4K2R w - - 0 1")), "");
+    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1")), "");
+    // Bishops on h1 (0) and f8 (58): equal number parity counts as a draw
+    // although the squares differ in colour; h1 and g8 (57) do not.
+    EXPECT_EQ(gameEndText(boardFrom("4kb2/8/8/8/8/8/8/4K2B w - - 0 1")), draw);
+    EXPECT_EQ(gameEndText(boardFrom("4k1b1/8/8/8/8/8/8/4K2B w - - 0 1")), "");
+    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/3NK2N w - - 0 1")), "");
+}
+
+TEST(Legality, KingLeftInCheckAndCastlingThroughAttack) {
+    board b = boardFrom("4k3/8/8/8/8/8/4r3/R3K2R w KQ - 0 1");
+    EXPECT_TRUE(b.inCheck());
+    uint16_t legal[moveBufferSize];
+    b.generateLegalMoves(legal);
+    EXPECT_EQ(listText(legal), "e1e2 e1d1 e1f1");  // capture first; castling and the rooks drop out
+    EXPECT_TRUE(b.underAttack(12, 1));   // d2 attacked by black
+    EXPECT_FALSE(b.underAttack(52, -1)); // e7 not attacked by white
+}
+
+TEST(MoveText, BothWays) {
+    board b = boardFrom("4k3/1P6/8/8/8/8/4P3/4K2R w K - 0 1");
+    EXPECT_EQ(moveText(b.convertMovestringToInt("e2e4")), "e2e4");
+    EXPECT_EQ(b.convertMovestringToInt("e2e4") & 0x8000, 0x8000);
+    EXPECT_EQ(moveText(b.convertMovestringToInt("b7b8q")), "b7b8Q");
+    EXPECT_EQ(moveText(b.convertMovestringToInt("b7b8N")), "b7b8N");
+    EXPECT_EQ(b.convertMovestringToInt("b7b8"), 0);  // no such move without a piece letter
+    EXPECT_EQ(moveText(b.convertMovestringToInt("e1g1\n")), "e1g1");
+    for (const char* rejected : {"Ke2", "O-O", "o-o", "exd5", "e2xe4", "e2", "e", "", "e2\n", "i2i4", "e9e4"})
+        EXPECT_EQ(b.convertMovestringToInt(rejected), 0) << rejected;
+    EXPECT_EQ(moveText(nullMove), "NULLMOVE");
+}

@@ -1,0 +1,99 @@
+#include <gtest/gtest.h>
+
+#include "testBoard.h"
+
+TEST(SetupPosition, StartPositionFieldsAndFen) {
+    board b = boardFrom("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    EXPECT_EQ(b.lazy, 0);
+    EXPECT_EQ(b.wMat, 3900);
+    EXPECT_EQ(b.bMat, 3900);
+    EXPECT_EQ(b.totalMat, 7800);
+    EXPECT_EQ(b.castle, 15);
+    EXPECT_EQ(b.enPassant, 0);
+    EXPECT_EQ(b.ply, 0);
+    EXPECT_EQ(b.toMove, 1);
+    EXPECT_EQ(b.wKingSq, 3);
+    EXPECT_EQ(b.bKingSq, 59);
+    EXPECT_EQ(b.pieceOn[4], QUEEN);   // d1
+    EXPECT_EQ(b.pieceOn[27], NOPIECE);
+    EXPECT_EQ(b.pieceCount[1][KNIGHT], 2);
+    EXPECT_EQ(b.pieceCount[0][QUEEN], 1);
+    EXPECT_EQ(b.occupied, 0xFFFF00000000FFFFULL);
+    EXPECT_EQ(maxMaterial, 7800);
+    // The move number comes back one lower with white to move.
+    EXPECT_EQ(fenOf(b), "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 0");
+}
+
+TEST(SetupPosition, ClockAndMoveNumberWithThreeDigitWriter) {
+    board b = boardFrom("4k3/8/8/8/8/8/8/4K3 b - - 12 40");
+    EXPECT_EQ(b.fiftyMoves, 12);
+    EXPECT_EQ(b.ply, 79);
+    // Tens digits come out as the character 42 + hundreds digit.
+    EXPECT_EQ(fenOf(b), "4k3/8/8/8/8/8/8/4K3 b - - *2 *0");
+
+    b = boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 123 150");
+    EXPECT_EQ(b.ply, 298);
+    EXPECT_EQ(fenOf(b), "4k3/8/8/8/8/8/8/4K3 w - - ++3 ++9");
+    b = boardFrom("4k3/8/8/8/8/8/8/4K3 b - - 105 50");
+    EXPECT_EQ(fenOf(b), "4k3/8/8/8/8/8/8/4K3 b - - +5 *0");
+}
+
+TEST(SetupPosition, CastlingFieldIsReadInFixedOrder) {
+    EXPECT_EQ(boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w Qk - 0 1").castle, 6);
+    EXPECT_EQ(boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1").castle, 15);
+    // "kQ": the Q is left over and read as the en-passant file letter, which
+    // swallows the blank; the clock and move number are then never reached.
+    board b = boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w kQ - 5 20");
+    EXPECT_EQ(b.castle, 4);
+    EXPECT_EQ(b.enPassant, 0);
+    EXPECT_EQ(b.fiftyMoves, 0);
+    EXPECT_EQ(b.ply, 0);
+}
+
+TEST(SetupPosition, EnPassantSquareArithmetic) {
+    board b = boardFrom("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1");
+    EXPECT_EQ(b.enPassant, 19);
+    EXPECT_EQ(b.ply, 1);
+    EXPECT_EQ(fenOf(b), "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1");
+    EXPECT_EQ(boardFrom("rnbqkbnr/ppp1pppp/8/3pP3/8/8/PPPP1PPP/RNBQKBNR w KQkq d6 0 3").enPassant, 44);
+    // Text that gives no square on the board means no en-passant square.
+    EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/8/4K3 w - e9 0 1").enPassant, 0);
+    EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/8/4K3 w - e").enPassant, 0);
+}
+
+TEST(SetupPosition, MoveNumberBelowOneReadsAsOne) {
+    EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/8/4K3 b - - 0 0").ply, 1);
+    EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/8/4K3 b - - 0 -7").ply, 1);
+    EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 0 0").ply, 0);
+    EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/8/4K3 b - - 0 1").ply, 1);
+}
+
+TEST(SetupPosition, MissingFieldsAndStrayCharactersAreTolerated) {
+    const board start = boardFrom("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    board noSlashes = boardFrom("rnbqkbnrpppppppp8888PPPPPPPPRNBQKBNR w KQkq - 0 1");
+    board strayLetters = boardFrom("rnbqkbnrX/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    EXPECT_EQ(noSlashes.boardKey, start.boardKey);
+    EXPECT_EQ(strayLetters.boardKey, start.boardKey);
+    EXPECT_EQ(fenOf(strayLetters), fenOf(start));
+
+    board placementOnly = boardFrom("4k3/8/8/8/8/8/8/4K3");
+    EXPECT_EQ(placementOnly.toMove, -1);  // a missing side field means black
+    EXPECT_EQ(placementOnly.castle, 0);
+    EXPECT_EQ(placementOnly.enPassant, 0);
+    EXPECT_EQ(placementOnly.ply, 0);
+}
+
+TEST(SetupPosition, KeyHistoryHoldsDummiesAndTheKey) {
+    board b = boardFrom("4k3/8/8/8/8/8/8/4K3 b - - 3 10");
+    EXPECT_EQ(keyHistory[b.ply % 150], b.boardKey);
+    EXPECT_EQ(keyHistory[(b.ply + 1) % 150], uint64_t((b.ply + 1) % 150));
+    EXPECT_EQ(keyHistory[0], 0u);
+}
+
+TEST(SetupPosition, KeyFromScratchFollowsItsParts) {
+    const zorbicKeyset& z = board::zKeyset;
+    board b = boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
+    EXPECT_EQ(b.boardKey, z.keys[5 * 128 + 64 + 3] ^ z.keys[5 * 128 + 0 + 59]);
+    board black = boardFrom("4k3/8/8/8/8/8/8/4K3 b Kq - 0 1");
+    EXPECT_EQ(black.boardKey, b.boardKey ^ z.keys[896] ^ z.keys[897 + 9]);
+}
