@@ -10,7 +10,10 @@ namespace {
 
 class settingsFileTest : public ::testing::Test {
 protected:
-    const char* fileName = "settingsFile_test.ini";
+    // One file per test: ctest runs tests of this fixture side by side.
+    std::string fileNameText =
+        std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + ".ini";
+    const char* fileName = fileNameText.c_str();
 
     void TearDown() override { std::remove(fileName); }
 
