@@ -72,8 +72,8 @@ static void buildTables() {
         whitePawnAttacks[square] = stepTargets(square, whitePawnSteps, 2);
         blackPawnAttacks[square] = stepTargets(square, blackPawnSteps, 2);
         // +9 is one file towards a and one rank up, +7 one file towards h and one rank up
-        diagonalA[square] = diagonalLine(square, 1, 1);
-        diagonalB[square] = diagonalLine(square, -1, 1);
+        diagonalA[square] = diagonalLine(square, -1, 1);
+        diagonalB[square] = diagonalLine(square, 1, 1);
         sameColourSquares[square] = ((square / 8 + square) % 2 == 0) ? 0xAA55AA55AA55AA55ULL : ~0xAA55AA55AA55AA55ULL;
     }
 

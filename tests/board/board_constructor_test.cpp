@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <random>
+
+#include "testBoard.h"
+
+namespace {
+
+// The table-driven bit scans that the hardware instructions stand in for.
+int tableFirstBit(uint64_t x) {
+    if (x > 0xFFFFFFFFFFFFULL) return lastBit[x >> 48] + 48;
+    if (x > 0xFFFFFFFFULL) return lastBit[x >> 32] + 32;
+    if (x < 0x10000) return lastBit[x];
+    return lastBit[x >> 16] + 16;
+}
+int tableCountBits(uint64_t x) {
+    return bitCount[x & 0xFFFF] + bitCount[x >> 16 & 0xFFFF] + bitCount[x >> 32 & 0xFFFF] + bitCount[x >> 48];
+}
+
+}  // namespace
+
+TEST(BoardTables, BitScansAgreeWithTheTables) {
+    boardFrom("8/8/8/8/8/8/8/8 w");
+    EXPECT_EQ(findFirstBit(1ULL | 1ULL << 63), 63);
+    EXPECT_EQ(findFirstBit(1), 0);
+    EXPECT_EQ(findFirstBit(0), 0);
+    EXPECT_EQ(countBits(~0ULL), 64);
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 100000; i++) {
+        uint64_t x = random() >> (random() % 64);
+        ASSERT_EQ(findFirstBit(x), tableFirstBit(x)) << x;
+        ASSERT_EQ(countBits(x), tableCountBits(x)) << x;
+    }
+}
+
+TEST(BoardTables, StepAndLineSets) {
+    boardFrom("8/8/8/8/8/8/8/8 w");
+    EXPECT_EQ(kingAttacks[0], 0x302ULL);                  // h1: g1, h2, g2
+    EXPECT_EQ(knightAttacks[0], 0x20400ULL);              // h1: g3, f2
+    EXPECT_EQ(whitePawnAttacks[11], 1ULL << 20 | 1ULL << 18);  // e2: d3, f3
+    EXPECT_EQ(whitePawnAttacks[8], 1ULL << 17);           // h2: g3 only
+    EXPECT_EQ(blackPawnAttacks[55], 1ULL << 46);          // a7: b6 only
+    EXPECT_EQ(diagonalA[27], 0x8040201008040201ULL);      // e4: h1..a8
+    EXPECT_EQ(diagonalB[27], 0x0001020408102040ULL);      // e4: b1..h7
+    EXPECT_EQ(byteSpread[0x81], 0x8181818181818181ULL);
+    for (int s = 0; s < 64; s++)
+        for (int t = 0; t < 64; t++) {
+            const int fileDiff = s % 8 - t % 8, rankDiff = s / 8 - t / 8;
+            ASSERT_EQ(distance[s][t], std::max(std::abs(fileDiff), std::abs(rankDiff)));
+            ASSERT_EQ(sameColourSquares[s] >> t & 1, uint64_t((fileDiff + rankDiff) % 2 == 0)) << s << " " << t;
+        }
+    EXPECT_EQ(sameColourSquares[0], 0xAA55AA55AA55AA55ULL);
+}
+
+TEST(BoardTables, UnstoppablePawnFlags) {
+    boardFrom("8/8/8/8/8/8/8/8 w");
+    // e2 pawn, e8 king: dUp -1, dDown 6, white needs 5 moves (double step), black 1.
+    const int e2e8[4] = {1, 0, 1, 0};
+    // a7 pawn, h1 king: dUp 6, dDown 6, white needs 1, black 5 (double step).
+    const int a7h1[4] = {1, 1, 1, 1};
+    // d4 pawn, d1 king: dUp 6, dDown -1, white 4, black 3.
+    const int d4d1[4] = {0, 1, 0, 1};
+    for (int i = 0; i < 4; i++) {
+        EXPECT_EQ(unstoppablePawn[11][59][i], e2e8[i]) << i;
+        EXPECT_EQ(unstoppablePawn[55][0][i], a7h1[i]) << i;
+        EXPECT_EQ(unstoppablePawn[28][4][i], d4d1[i]) << i;
+    }
+}
+
+TEST(BoardTables, PieceValuesComeFromTheSettingsFile) {
+    // A directory of its own: other tests running beside this one read the settings file too.
+    const std::filesystem::path home = std::filesystem::current_path();
+    const std::filesystem::path dir = std::filesystem::temp_directory_path() / ("talvin-settings-" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir);
+    std::filesystem::current_path(dir);
+    std::FILE* file = std::fopen("talvin init.ini", "w");
+    ASSERT_NE(file, nullptr);
+    std::fputs("pref:printToScreen=1\npref:VALPAWN=90.7\npref:VALQUEEN=1000\n", file);
+    std::fclose(file);
+    testing::internal::CaptureStdout();
+    board withSettings;
+    const std::string echo = testing::internal::GetCapturedStdout();
+    std::remove("talvin init.ini");
+    const int maxMaterialRead = maxMaterial;
+    const int pawnRead = pieceValue[PAWN], queenRead = pieceValue[QUEEN];
+    board restoresDefaults;
+    std::filesystem::current_path(home);
+    std::filesystem::remove_all(dir);
+    EXPECT_EQ(echo, "Read settings:\n   VALPAWN:  90\n   VALQUEEN: 1000\n");
+    EXPECT_EQ(pawnRead, 90);
+    EXPECT_EQ(queenRead, 1000);
+    EXPECT_EQ(maxMaterialRead, 16 * 90 + 4 * (300 + 300 + 500) + 2 * 1000);
+    EXPECT_EQ(pieceValue[PAWN], 100);
+    EXPECT_EQ(withSettings.wMat, 8 * 90 + 2 * 300 + 2 * 300 + 2 * 500 + 1000);
+}
