@@ -1,0 +1,131 @@
+#include "game/chessclock.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+namespace {
+
+// The fields are written by two processes and by GUI time reports, so any
+// value can turn up; sums are done wide and pinned to the 32-bit range.
+int32_t saturate(int64_t v) {
+    return static_cast<int32_t>(std::clamp<int64_t>(v, std::numeric_limits<int32_t>::min(),
+                                                    std::numeric_limits<int32_t>::max()));
+}
+
+int colourIndex(int32_t flag) { return flag != 0 ? 1 : 0; }
+
+bool isRunning(int32_t clock) { return clock == 0 || clock == 1; }
+
+}  // namespace
+
+void chessclock::associateEngineWithSide(int side) {
+    enginePlaysWhite = side == 1 ? 1 : 0;
+    enginePlaysBlack = side == 1 ? 0 : 1;
+}
+
+void chessclock::setClock(int moves, int baseMs, int incrementMs, int now) {
+    stopClock(now);
+    safetyMargin = 150;
+    if (moves == 0 && baseMs != 0 && incrementMs != 0) {
+        mode = 3;
+        movesPerControl = 1;
+        movesLeft[0] = movesLeft[1] = 1;
+        timeAddedPerControl = incrementMs;
+        baseTime = baseMs;
+        remaining[0] = remaining[1] = baseMs;
+    } else if (moves == 0 && baseMs != 0) {
+        // Sudden death keeps the old time-added value; the clock adds it after
+        // every move of a side (the moves-left count of 1 runs out each move).
+        mode = 1;
+        movesPerControl = 1;
+        movesLeft[0] = movesLeft[1] = 1;
+        baseTime = baseMs;
+        remaining[0] = remaining[1] = baseMs;
+    } else if (moves == 0 && incrementMs != 0) {
+        mode = 2;
+        movesPerControl = 1;
+        movesLeft[0] = movesLeft[1] = 1;
+        timeAddedPerControl = incrementMs;
+        remaining[0] = remaining[1] = 0;
+    } else if (moves != 0 && baseMs != 0 && incrementMs == 0) {
+        mode = 0;
+        movesPerControl = moves;
+        movesLeft[0] = movesLeft[1] = moves;
+        timeAddedPerControl = baseMs;
+        remaining[0] = remaining[1] = baseMs;
+    }
+    // Moves per control together with an increment (and the all-zero cases)
+    // is not a control of its own: the previous one stays.
+}
+
+void chessclock::stopClock(int now) {
+    if (isRunning(runningClock)) {
+        stopStamp = now;
+        remaining[runningClock] = saturate(int64_t{remaining[runningClock]} - (int64_t{now} - startStamp));
+    }
+    runningClock = stopped;
+}
+
+void chessclock::startClock(int which, int now) {
+    int target = colourIndex(which == 0 ? enginePlaysWhite : enginePlaysBlack);
+    int other = 1 - target;
+    if (runningClock == other) {
+        stopStamp = now;
+        remaining[other] = saturate(int64_t{remaining[other]} - (int64_t{now} - startStamp));
+        movesLeft[other] = saturate(int64_t{movesLeft[other]} - 1);
+        // With an increment the count just runs below zero: the GUI's time
+        // reports keep the remaining time right instead.
+        if (movesLeft[other] == 0 && mode != 3) {
+            movesLeft[other] = movesPerControl;
+            remaining[other] = saturate(int64_t{remaining[other]} + timeAddedPerControl);
+        }
+    }
+    if (runningClock != target) {
+        runningClock = target;
+        startStamp = now;
+    }
+}
+
+void chessclock::chargeRunningClock(int now) {
+    if (!isRunning(runningClock)) return;
+    stopStamp = now;
+    remaining[runningClock] = saturate(int64_t{remaining[runningClock]} - (int64_t{now} - startStamp));
+    startStamp = now;
+}
+
+int chessclock::allocateTime() const {
+    const int e = colourIndex(enginePlaysWhite);
+    const int64_t left = remaining[e];
+    const int64_t added = timeAddedPerControl;
+    const int64_t margin = 150;
+    int64_t t;
+    switch (mode) {
+        case 0: {
+            // A count below 1 (only reachable through odd input) is taken as
+            // "this move ends the control": the share is the whole remaining
+            // time, still bounded by the cap below.
+            const int64_t moves = movesLeft[e] >= 1 ? movesLeft[e] : 1;
+            const int64_t perControl = movesPerControl >= 1 ? movesPerControl : 1;
+            const int64_t share = left / moves;
+            // At most twice the average time per move of a control. (Twice the
+            // base over 60 moves equals the base over 30, so 60 needs no case.)
+            const int64_t cap = 2 * added / perControl;
+            t = (share < cap ? share : cap) - margin;
+            break;
+        }
+        case 1:
+            t = left / 40;  // the sudden-death share carries no margin
+            break;
+        case 2:
+            t = added - margin;
+            break;
+        case 3:
+            t = std::min(left / 30 + added, left) - margin;
+            break;
+        default:
+            t = 0;
+            break;
+    }
+    return saturate(t);
+}

@@ -1,0 +1,50 @@
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "game/timer.h"
+
+// Both players' clocks. Lives in the record shared by the user-interface and
+// the search process (both make moves, both switch clocks), so the layout is
+// fixed. Pairs are indexed by colour: 0 black, 1 white.
+class chessclock {
+public:
+    int32_t reserved[2];
+    int32_t enginePlaysWhite;  // also the engine's colour index
+    int32_t enginePlaysBlack;  // also the opponent's colour index
+    int32_t mode;              // 0 moves per control, 1 sudden death, 2 fixed per move, 3 base + increment
+    int32_t movesPerControl;
+    int32_t timeAddedPerControl;  // mode 0 control base, modes 2/3 per-move time or increment
+    int32_t safetyMargin;
+    int32_t remaining[2];  // ms
+    int32_t movesLeft[2];  // moves until the next control
+    int32_t runningClock;  // colour index of the running clock, 9 when stopped
+    int32_t startStamp;
+    int32_t stopStamp;
+    int32_t unused;
+    int32_t baseTime;
+
+    static constexpr int32_t stopped = 9;
+
+    void associateEngineWithSide(int side);  // 1 white, anything else black
+    void setClock(int moves, int baseMs, int incrementMs, int now = get_ms());
+    void stopClock(int now = get_ms());
+    // which: 0 starts the engine's clock, 1 the opponent's; the clock running
+    // until now is charged with the move.
+    void startClock(int which, int now = get_ms());
+    // Brings the running side's time up to date without counting a move.
+    void chargeRunningClock(int now = get_ms());
+    void setTimeWhite(int ms) { remaining[1] = ms; }
+    void setTimeBlack(int ms) { remaining[0] = ms; }
+    // Time for the engine's next move in ms.
+    int allocateTime() const;
+};
+
+static_assert(std::is_trivially_copyable_v<chessclock>);
+static_assert(std::is_trivially_default_constructible_v<chessclock>);
+static_assert(std::is_standard_layout_v<chessclock>);
+static_assert(sizeof(chessclock) == 17 * 4);
+static_assert(offsetof(chessclock, remaining) == 8 * 4);
+static_assert(offsetof(chessclock, runningClock) == 12 * 4);
+static_assert(offsetof(chessclock, baseTime) == 16 * 4);

@@ -1,0 +1,22 @@
+#pragma once
+
+// Every named object of the engine carries the engine name and the tag of
+// this engine instance (the user-interface process's id), so that two
+// engines of the same name on one machine never meet.
+inline constexpr const char engineName[] = "Talvin_v8.05_x64";
+inline constexpr const char instanceVariable[] = "TALVIN_INSTANCE";
+
+// The engine name plus this instance's tag, as used in object names. The
+// user-interface process makes the tag from its own id and hands it to the
+// processes it starts through the environment.
+const char* instanceName();
+
+// A role process takes the tag of the process that started it.
+void adoptParentInstance();
+
+// Unlinks every shared-memory name of this instance.
+void removeInstanceObjects();
+
+// Forks a watcher that removes this instance's names once the calling
+// process is gone, however it ended. Call before any object exists.
+void startJanitor();

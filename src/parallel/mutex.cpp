@@ -1,0 +1,94 @@
+#include "parallel/mutex.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <thread>
+
+namedMutex mutex::io;
+namedMutex mutex::mt;
+bool mutex::initialised = false;
+
+bool namedMutex::create(const char* name) {
+    if (mapping.create(name, sizeof(shared)) != namedMapping::ok) {
+        mapping.closeHandle();
+        return false;
+    }
+    shared* object = static_cast<shared*>(mapping.view);
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutex_init(&object->lock, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+    object->ready.store(1, std::memory_order_release);
+    return true;
+}
+
+bool namedMutex::open(const char* name) {
+    if (mapping.open(name) != namedMapping::ok) {
+        mapping.closeHandle();
+        return false;
+    }
+    waitUntilReady(static_cast<shared*>(mapping.view)->ready);
+    return true;
+}
+
+void mutex::init(const char* instance, bool openInstead, int retryMs) {
+    initialised = true;
+    const char* stems[2] = {"handleMutex_IO_", "handleMutex_MT_"};
+    namedMutex* handles[2] = {&io, &mt};
+    for (int i = 0; i < 2; i++) {
+        char name[160];
+        objectName(name, sizeof name, stems[i], instance);
+        if (!openInstead) {
+            if (!handles[i]->create(name)) printf("Create- no handle, ERROR= %d\n", errno);
+            continue;
+        }
+        while (!handles[i]->open(name)) {
+            printf("WAIT- no handle, ERROR= %d\n", errno);
+            std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));
+            printf("%s\n", name + 1);
+        }
+    }
+}
+
+static int timedLock(namedMutex& handle, int timeoutMs) {
+    if (!handle.valid()) return EINVAL;
+    const timespec deadline = monotonicDeadline(timeoutMs);
+    const int result = pthread_mutex_clocklock(handle.lock(), CLOCK_MONOTONIC, &deadline);
+    // Like an abandoned Win32 mutex, the lock now belongs to this waiter.
+    if (result == EOWNERDEAD) pthread_mutex_consistent(handle.lock());
+    return result;
+}
+
+void mutex::waitWithHandle(namedMutex& handle, int timeoutMs) {
+    // A process that never set the mutexes up (a tool, a test) has nobody to share the console with.
+    if (!initialised && (&handle == &io || &handle == &mt)) return;
+    const int result = timedLock(handle, timeoutMs);
+    if (result == 0) return;
+    printf("\n@mutex timeout: ");
+    if (result == EOWNERDEAD) {
+        printf(" WAIT_ABANDONED");
+    } else if (result == ETIMEDOUT) {
+        printf(" WAIT_TIMEOUT");
+    } else {
+        printf(" WAIT_FAILED ERRORCODE=%d\n", result);
+        for (int attempt = 1; attempt <= 5; attempt++) {
+            const int retry = timedLock(handle, timeoutMs);
+            if (retry == 0 || retry == EOWNERDEAD) {
+                printf("OK ");
+                break;
+            }
+            printf("X%d ", attempt);
+        }
+    }
+    printf("\n");
+}
+
+void mutex::releaseWithHandle(namedMutex& handle) {
+    if (!initialised && (&handle == &io || &handle == &mt)) return;
+    const int result = handle.valid() ? pthread_mutex_unlock(handle.lock()) : EINVAL;
+    if (result != 0) printf("failed to release mutex! ERROR=%d\n", result);
+}

@@ -1,0 +1,72 @@
+#include "parallel/namedEvent.h"
+
+#include <cerrno>
+#include <ctime>
+#include <thread>
+
+bool namedEvent::create(const char* name) {
+    if (mapping.create(name, sizeof(shared)) != namedMapping::ok) {
+        mapping.closeHandle();
+        return false;
+    }
+    shared* object = static_cast<shared*>(mapping.view);
+    pthread_mutexattr_t mutexAttributes;
+    pthread_mutexattr_init(&mutexAttributes);
+    pthread_mutexattr_setpshared(&mutexAttributes, PTHREAD_PROCESS_SHARED);
+    pthread_mutexattr_setrobust(&mutexAttributes, PTHREAD_MUTEX_ROBUST);
+    pthread_mutex_init(&object->lock, &mutexAttributes);
+    pthread_mutexattr_destroy(&mutexAttributes);
+    pthread_condattr_t conditionAttributes;
+    pthread_condattr_init(&conditionAttributes);
+    pthread_condattr_setpshared(&conditionAttributes, PTHREAD_PROCESS_SHARED);
+    pthread_condattr_setclock(&conditionAttributes, CLOCK_MONOTONIC);
+    pthread_cond_init(&object->condition, &conditionAttributes);
+    pthread_condattr_destroy(&conditionAttributes);
+    object->signalled = 0;
+    object->ready.store(1, std::memory_order_release);
+    return true;
+}
+
+bool namedEvent::open(const char* name) {
+    if (mapping.open(name) != namedMapping::ok) {
+        mapping.closeHandle();
+        return false;
+    }
+    waitUntilReady(static_cast<shared*>(mapping.view)->ready);
+    return true;
+}
+
+void namedEvent::openWhenCreated(const char* name, int retryMs) {
+    while (!open(name)) std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));
+}
+
+// A process that died inside set or wait leaves the lock to the next user.
+static void lockRobust(pthread_mutex_t* lock) {
+    if (pthread_mutex_lock(lock) == EOWNERDEAD) pthread_mutex_consistent(lock);
+}
+
+void namedEvent::set() {
+    if (!valid()) return;
+    shared* object = static_cast<shared*>(mapping.view);
+    lockRobust(&object->lock);
+    object->signalled = 1;
+    pthread_cond_signal(&object->condition);
+    pthread_mutex_unlock(&object->lock);
+}
+
+bool namedEvent::wait(int timeoutMs) {
+    if (!valid()) return false;
+    shared* object = static_cast<shared*>(mapping.view);
+    const timespec deadline = monotonicDeadline(timeoutMs < 0 ? 0 : timeoutMs);
+    lockRobust(&object->lock);
+    while (!object->signalled) {
+        const int result = timeoutMs < 0 ? pthread_cond_wait(&object->condition, &object->lock)
+                                         : pthread_cond_timedwait(&object->condition, &object->lock, &deadline);
+        if (result == EOWNERDEAD) pthread_mutex_consistent(&object->lock);
+        else if (result == ETIMEDOUT) break;
+    }
+    const bool signalled = object->signalled != 0;
+    object->signalled = 0;
+    pthread_mutex_unlock(&object->lock);
+    return signalled;
+}

@@ -1,0 +1,70 @@
+#include "parallel/processLauncher.h"
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+#include "parallel/instance.h"
+#include "parallel/sharedData.h"
+
+extern char** environ;
+
+int startRoleProcess(int role) {
+    instanceName();  // puts the instance tag into the environment the child inherits
+    char executable[4096];
+    const ssize_t length = readlink("/proc/self/exe", executable, sizeof executable - 1);
+    if (length <= 0) {
+        printf("CreateProcess failed (%d).\n", errno);
+        return -1;
+    }
+    executable[length] = 0;
+    char roleText[8];
+    snprintf(roleText, sizeof roleText, "%d", role);
+    char* arguments[] = {executable, roleText, nullptr};
+    pid_t pid;
+    const int result = posix_spawn(&pid, executable, nullptr, nullptr, arguments, environ);
+    if (result != 0) {
+        printf("CreateProcess failed (%d).\n", result);
+        return -1;
+    }
+    return pid;
+}
+
+void dieWithParent() {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // The parent may have gone before the request was in place.
+    const char* tag = std::getenv(instanceVariable);
+    if (tag && getppid() != static_cast<pid_t>(std::atoi(tag))) _exit(0);
+}
+
+void startRoleProcesses(int count, sharedData* shared) {
+    pid_t children[maxProcesses];
+    int started = 0;
+    for (int role = 0; role < count && role < maxProcesses; role++) {
+        const int pid = startRoleProcess(role);
+        if (pid > 0) children[started++] = pid;
+    }
+    if (shared) {
+        std::atomic_ref<int32_t> ready(shared->processesReady);
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (ready.load() < started && std::chrono::steady_clock::now() < deadline) {
+            bool anyDied = false;
+            for (int i = 0; i < started; i++) anyDied |= waitpid(children[i], nullptr, WNOHANG) == children[i];
+            if (anyDied) break;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+    removeInstanceObjects();
+}
+
+void announceReady(sharedData* shared) {
+    if (shared) std::atomic_ref<int32_t>(shared->processesReady).fetch_add(1);
+}

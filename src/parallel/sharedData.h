@@ -1,0 +1,110 @@
+#pragma once
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "board/board.h"
+#include "game/chessclock.h"
+#include "game/timer.h"
+#include "parallel/namedMapping.h"
+#include "search/killerMoveTable.h"
+
+inline constexpr int maxProcesses = 10;
+inline constexpr int splitBlockCount = 100;
+inline constexpr int freeSplitBlock = 9999;
+
+// A board and the key history that goes with it, as handed between processes.
+struct positionImage {
+    alignas(board) unsigned char image[sizeof(board)];
+    uint64_t keys[150];
+
+    void store(const board& position) {
+        std::memcpy(image, &position, sizeof(board));
+        std::memcpy(keys, keyHistory, sizeof keys);
+    }
+    // Copies the board into position and the keys into this process's keyHistory.
+    void load(board& position) const {
+        std::memcpy(static_cast<void*>(&position), image, sizeof(board));
+        std::memcpy(keyHistory, keys, sizeof keys);
+    }
+};
+
+struct splitBlock {
+    int32_t owner;          // process slot of the owner, freeSplitBlock when free
+    int32_t depth;
+    uint16_t lastMove;
+    int32_t alpha;
+    int32_t beta;
+    positionImage node;
+    uint16_t moves[moveBufferSize];  // moves in 0..99 ended by 0, result slots in 100..199
+    int32_t counter;        // cleared when the block is claimed
+    int32_t stop;           // every node searched for the block returns at once when set
+    int32_t numSlaves;
+    int32_t nextMove;       // index of the next move to hand out
+    int32_t reducedMoves;
+    int32_t failHigh;
+};
+
+// The record every engine process maps: search clock, killer table, game
+// state, switches, split blocks and the positions handed over.
+struct sharedData {
+    timer timer1;
+    killerMoveTable killers;
+
+    // game controller and search process
+    int32_t searchLoopRunFlag;
+    int32_t searchCommand;
+    int32_t outputMode;     // 1 xboard and console, 2 UCI
+    int32_t maxDepth;
+    int32_t postFlag;
+    int32_t ponderingActive;
+    chessclock clock;
+    uint16_t moveHistory[1000];
+    int32_t undoLimitPly;
+    positionImage searchPosition;
+    uint16_t pendingEngineMove;
+    uint16_t ponderResultMove;
+    uint64_t ponderKey;
+    int32_t ponderStartTime;
+
+    // root search
+    uint16_t rootMoves[100];
+    int16_t rootScores[100];
+    positionImage rootPosition;
+    int32_t rootBestScore;
+    int32_t rootMoveNumber;
+    int32_t depthLimit;
+
+    // search switches
+    int32_t enable_EGTB;
+    int32_t enable_NMP;
+    int32_t enable_LMP;
+    int32_t enable_FUTPRUN;
+    int32_t enable_EXTENTIONS;
+    int32_t enable_BOOK;
+
+    splitBlock splitBlocks[splitBlockCount];
+    positionImage slavePosition;
+
+    int32_t processCount;
+    int32_t allSearchprocesEnabled;
+    int32_t processState[maxProcesses];      // 1 idle and available, 2 busy
+    int32_t assignedSplitBlock[maxProcesses];
+    int32_t runFlag;
+    int64_t nodeTotals[2];                   // alphaBeta nodes, quiescence nodes
+    int32_t processesReady;                  // role processes that have opened every object
+};
+
+static_assert(std::is_trivially_copyable_v<sharedData>);
+static_assert(std::is_standard_layout_v<sharedData>);
+
+// Creates (user-interface process) or opens (role processes) the mapping of
+// the record.
+class sharedDataMapping {
+public:
+    namedMapping mapping;
+    sharedData* data = nullptr;
+
+    sharedDataMapping(const char* instance, bool openInstead, int retryMs = 100);
+    ~sharedDataMapping();
+};
