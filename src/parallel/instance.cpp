@@ -17,25 +17,14 @@ const char* instanceName() {
         char own[24];
         snprintf(own, sizeof own, "%d", static_cast<int>(getpid()));
         setenv(instanceVariable, own, 1);
-        snprintf(instance, sizeof instance, "%s-%s", engineName, own);
+        snprintf(instance, sizeof instance, "%s(%s)", engineName, own);
     }
     return instance;
 }
 
 void adoptParentInstance() {
     const char* tag = std::getenv(instanceVariable);
-    if (tag && *tag) snprintf(instance, sizeof instance, "%s-%.20s", engineName, tag);
-}
-
-// A name belongs to the instance when the instance name appears in it and is
-// not just the prefix of a longer tag.
-static bool belongsToInstance(const char* objectName, const char* tagged) {
-    const size_t length = std::strlen(tagged);
-    for (const char* found = std::strstr(objectName, tagged); found; found = std::strstr(found + 1, tagged)) {
-        const char next = found[length];
-        if (next < '0' || next > '9') return true;
-    }
-    return false;
+    if (tag && *tag) snprintf(instance, sizeof instance, "%s(%.20s)", engineName, tag);
 }
 
 void removeInstanceObjects() {
@@ -44,7 +33,7 @@ void removeInstanceObjects() {
     if (dir == nullptr) return;
     char path[384];
     while (dirent* entry = readdir(dir)) {
-        if (!belongsToInstance(entry->d_name, instance)) continue;
+        if (std::strstr(entry->d_name, instance) == nullptr) continue;
         snprintf(path, sizeof path, "/dev/shm/%s", entry->d_name);
         unlink(path);
     }

@@ -6,7 +6,9 @@
 inline constexpr const char engineName[] = "Talvin_v8.05_x64";
 inline constexpr const char instanceVariable[] = "TALVIN_INSTANCE";
 
-// The engine name plus this instance's tag, as used in object names. The
+// The engine name plus this instance's tag in brackets, "Talvin_v8.05_x64(1234)",
+// as used in object names (the brackets keep the tag apart from the numbers
+// some names end in). The
 // user-interface process makes the tag from its own id and hands it to the
 // processes it starts through the environment.
 const char* instanceName();

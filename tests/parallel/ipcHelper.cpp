@@ -12,7 +12,10 @@
 #include "parallel/instance.h"
 #include "parallel/mutex.h"
 #include "parallel/namedEvent.h"
+#include "eval/evalHashtable.h"
 #include "parallel/processLauncher.h"
+#include "parallel/searchProcess.h"
+#include "search/hashtable.h"
 #include "parallel/sharedData.h"
 
 static void openStartEvent(namedEvent& event, bool openInstead) {
@@ -22,11 +25,13 @@ static void openStartEvent(namedEvent& event, bool openInstead) {
     else event.create(name);
 }
 
-static int roleProcess() {
+static int roleProcess(int role) {
     dieWithParent();
     adoptParentInstance();
     mutex::init(instanceName(), true);
     sharedDataMapping shared(instanceName(), true);
+    evalHashtable evalCache(instanceName(), true);
+    searchProcess process(instanceName(), role, shared.data->processCount, true, role != 0);
     namedEvent start;
     openStartEvent(start, true);
     announceReady(shared.data);
@@ -39,6 +44,9 @@ static int engineProcess(int roles) {
     mutex::init(instanceName(), false);
     sharedDataMapping shared(instanceName(), false);
     shared.data->runFlag = 1;
+    shared.data->processCount = roles;
+    evalHashtable evalCache(instanceName());
+    hashtable table(instanceName());
     namedEvent start;
     openStartEvent(start, false);
     startRoleProcesses(roles, shared.data);
@@ -54,7 +62,7 @@ static int engineProcess(int roles) {
 
 int main(int argc, char** argv) {
     setvbuf(stdout, nullptr, _IONBF, 0);
-    if (argc == 2 && argv[1][0] >= '0' && argv[1][0] <= '9' && argv[1][1] == 0) return roleProcess();
+    if (argc == 2 && argv[1][0] >= '0' && argv[1][0] <= '9' && argv[1][1] == 0) return roleProcess(argv[1][0] - '0');
     if (argc == 3 && std::strcmp(argv[1], "engine") == 0) return engineProcess(std::atoi(argv[2]));
     printf("usage: ipcHelper engine N\n");
     return 2;

@@ -1,0 +1,74 @@
+#include "eval/evalHashtable.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <thread>
+
+#include "parallel/mutex.h"
+#include "shell/settingsFile.h"
+
+static void printLocked(const char* text) {
+    mutex::waitIO();
+    printf("%s", text);
+    mutex::releaseIO();
+}
+
+int32_t evalHashtable::entriesForSize(int sizeSetting) {
+    // Mapping sizes travel as 32 bits: a setting that would make 4096 MB or
+    // more, like one of 0 or less, keeps the default.
+    if (sizeSetting <= 0 || sizeSetting >= 8192) return defaultEntryCount;
+    return sizeSetting * 65536;
+}
+
+evalHashtable::evalHashtable(const char* instance, bool openInstead) {
+    int sizeSetting = 0;
+    const int32_t count =
+        readHashSizeSetting(settingsFileName, sizeSetting) ? entriesForSize(sizeSetting) : defaultEntryCount;
+    setUp(instance, count, openInstead);
+}
+
+evalHashtable::evalHashtable(const char* instance, int sizeSetting, bool openInstead) {
+    setUp(instance, entriesForSize(sizeSetting), openInstead);
+}
+
+void evalHashtable::setUp(const char* instance, int32_t count, bool openInstead) {
+    char name[160];
+    objectName(name, sizeof name, "sharedEvalHashtable", instance);
+    entryCount = count;
+    namedMapping::result result;
+    if (openInstead) {
+        while ((result = mapping.open(name)) == namedMapping::notCreated)
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    } else {
+        result = mapping.create(name, static_cast<size_t>(count) * 8);
+    }
+    if (result == namedMapping::notCreated) {
+        printLocked("ERROR! Could not create file mapping object sharedEvalHashtable.\n");
+        return;
+    }
+    if (result == namedMapping::notMapped) {
+        printLocked("ERROR! Could not map view of file sharedEvalHashtable.\n");
+        mapping.closeHandle();
+        return;
+    }
+    // Every process must index by the creator's size.
+    if (openInstead) entryCount = static_cast<int32_t>(mapping.size / 8);
+    entries = static_cast<uint64_t*>(mapping.view);
+}
+
+void evalHashtable::reset() {
+    if (entries) std::memset(entries, 0, static_cast<size_t>(entryCount) * 8);
+}
+
+evalHashtable::~evalHashtable() {
+    entries = nullptr;
+    if (mapping.view) {
+        printLocked("unmapping sharedEvalHashtable....\n");
+        mapping.unmap();
+    }
+    if (mapping.handle >= 0) {
+        printLocked("Getting rid of handle sharedEvalHashtable....\n");
+        mapping.closeHandle();
+    }
+}

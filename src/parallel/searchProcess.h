@@ -1,0 +1,32 @@
+#pragma once
+#include <cstdint>
+
+#include "parallel/mutex.h"
+#include "parallel/namedEvent.h"
+#include "parallel/sharedData.h"
+#include "search/hashtable.h"
+
+// What every searching process (the search process and the slaves) holds:
+// its number, the transposition table, its tablebase settings, and the events
+// and split-block mutexes of the parallel search.
+class searchProcess {
+public:
+    int processNumber;
+    hashtable table;
+    int nalimovCacheMB;
+    int printInvertedScore;
+    char egtbPath[1000];
+    int64_t nodes[2] = {0, 0};  // alphaBeta and quiescence nodes since the last report
+
+    namedEvent slaveAvailable;
+    namedEvent slaveAvailable2;
+    namedEvent startSlave[maxProcesses];
+    namedEvent splitBlockReady[splitBlockCount];
+    namedMutex splitBlockMutex[splitBlockCount];
+
+    // The table is opened when another process created it (tableExists); the
+    // events and split-block mutexes are opened, waiting until they exist,
+    // when objectsExist, else created.
+    searchProcess(const char* instance, int processNumber, int processCount, bool tableExists, bool objectsExist,
+                  int retryMs = 100);
+};
