@@ -48,9 +48,12 @@ void board::makeMove(int move) {
             addBit(bb[PAWN][us], to);
         }
         // Black's test alone guards against square 0; a white pawn never gets there.
-        const bool enPassantCapture = us == WHITE ? to == enPassant : (enPassant != 0 && to == enPassant);
+        // (A board set up without a king can still move a pawn from the king's
+        // stale square anywhere, so the victim is kept on the board.)
+        const int victim = us == WHITE ? to - 8 : to + 8;
+        const bool enPassantCapture = (us == WHITE ? to == enPassant : (enPassant != 0 && to == enPassant)) &&
+                                      victim >= 0 && victim < 64;
         if (enPassantCapture) {
-            const int victim = us == WHITE ? to - 8 : to + 8;
             deleteBit(bb[PAWN][them], victim);
             deleteBit(bb[NOPIECE][them], victim);
             deleteBit(occupied, victim);
