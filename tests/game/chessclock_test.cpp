@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
+#include <string>
+#include <utility>
 
 #include "game/chessclock.h"
 #include "game/timer.h"
@@ -9,174 +12,107 @@ namespace {
 
 // As at start-up: engine on black, one move per 1000 ms, clock stopped.
 chessclock freshClock() {
-    chessclock c;
-    std::memset(&c, 0, sizeof c);
+    chessclock c{};
     c.associateEngineWithSide(-1);
     c.setClock(1, 1000, 0, 0);
     return c;
 }
 
-// The engine's part of a move cycle: charge, allocate, own clock, move made.
-int engineMove(chessclock& c, int thinkStart, int moveMade) {
-    c.chargeRunningClock(thinkStart);
-    int budget = c.allocateTime();
-    c.startClock(0, thinkStart);
-    c.startClock(1, moveMade);
-    return budget;
+// Black's remaining time/moves left, then white's.
+std::string times(const chessclock& c) {
+    char text[60];
+    std::snprintf(text, sizeof text, "%d/%d %d/%d", c.remaining[0], c.movesLeft[0], c.remaining[1], c.movesLeft[1]);
+    return text;
 }
 
 }  // namespace
 
 TEST(Timer, GetMsNeverHasAZeroMillisecondPartAndMeasuresTheBudget) {
-    for (int i = 0; i < 5000; ++i) ASSERT_NE(get_ms() % 1000, 0);
-
-    timer t;
-    t.allottedMs = 0;
-    t.startMs = get_ms() - 1;
+    int ms = 1;  // read on until the second turns: no reading may have a millisecond part of 0
+    for (int previous = 0; ms != 0 && ms >= previous;) previous = ms, ms = get_ms() % 1000;
+    EXPECT_NE(ms, 0);
+    timer t{0, get_ms() - 1};
     EXPECT_TRUE(t.timeIsUp());
-    t.allottedMs = 10000000;
-    t.startMs = get_ms() - 250;
+    t = {10000000, get_ms() - 250};
     EXPECT_FALSE(t.timeIsUp());
     EXPECT_GE(t.getTimePassedBy(), 250);
     EXPECT_LT(t.getTimePassedBy(), 5250);
 }
 
-TEST(ChessClockAllocation, ProtocolExamplesAndTheCaps) {
+TEST(ChessClockAllocation, ProtocolExamplesCapsAndOddInput) {
+    const struct { int moves, base, increment, engineMs, budget; } cases[] = {  // engineMs 0: as set
+        {0, 0, 5000, 0, 4850}, {40, 300000, 0, 0, 7350},  // st 5; level 40 5 0
+        {40, 300000, 0, 100000000, 15000 - 150},          // plenty left: twice the control's average
+        {0, 300000, 0, 0, 7500}, {0, 120000, 12000, 0, 15850},  // level 0 5 0 (no margin); level 0 2 12
+        {0, 120000, 12000, 3000, 2850},                         // never more than what is left
+        {0, 0, 99999999, 0, 99999999 - 150},                    // go infinite
+        {40, 2000000000, 0, 0, 50000000 - 150}, {0, 2000000000, 2000000000, 0, 2000000000 - 150},  // wide sums
+    };
+    for (const auto& c : cases) {
+        chessclock clock = freshClock();
+        clock.setClock(c.moves, c.base, c.increment, 10);
+        if (c.engineMs != 0) clock.setTimeBlack(c.engineMs);
+        EXPECT_EQ(clock.allocateTime(), c.budget) << c.moves << " " << c.base << " " << c.increment;
+    }
     chessclock c = freshClock();
-    c.setClock(0, 0, 5000, 10);  // st 5
-    EXPECT_EQ(c.allocateTime(), 4850);
-    c.setClock(40, 300000, 0, 10);  // level 40 5 0
-    EXPECT_EQ(c.allocateTime(), 7350);
-    c.setTimeBlack(100000000);  // plenty left: twice the control's average
-    EXPECT_EQ(c.allocateTime(), 15000 - 150);
+    c.setClock(40, 300000, 0, 0);
+    c.setTimeBlack(100000000);
     c.associateEngineWithSide(1);  // white's slot still holds the base
     EXPECT_EQ(c.allocateTime(), 7350);
-    c.associateEngineWithSide(-1);
-    c.setClock(0, 300000, 0, 10);  // level 0 5 0
-    EXPECT_EQ(c.allocateTime(), 7500);
-    c.setClock(0, 120000, 12000, 10);  // level 0 2 12
-    EXPECT_EQ(c.allocateTime(), 15850);
-    c.setTimeBlack(3000);  // never more than what is left
-    EXPECT_EQ(c.allocateTime(), 2850);
-    c.setClock(0, 0, 99999999, 10);  // go infinite
-    EXPECT_EQ(c.allocateTime(), 99999999 - 150);
+    c.movesLeft[1] = 0;  // taken as the last move of the control
+    EXPECT_EQ(c.allocateTime(), 15000 - 150);
+    c.movesLeft[1] = 40;
+    c.movesPerControl = 0;
+    EXPECT_EQ(c.allocateTime(), 7500 - 150);
     c.mode = 7;
     EXPECT_EQ(c.allocateTime(), 0);
 }
 
-TEST(ChessClockAllocation, OddInputNeitherDividesByZeroNorOverflows) {
-    chessclock c = freshClock();
-    c.setClock(40, 300000, 0, 0);
-    c.movesLeft[0] = 0;
-    EXPECT_EQ(c.allocateTime(), 15000 - 150);
-    c.movesPerControl = 0;
-    c.movesLeft[0] = 40;
-    EXPECT_EQ(c.allocateTime(), 7500 - 150);
-    c.setClock(40, 2000000000, 0, 0);  // twice the base exceeds 32 bits
-    EXPECT_EQ(c.allocateTime(), 50000000 - 150);
-    c.setClock(0, 2000000000, 2000000000, 0);
-    EXPECT_EQ(c.allocateTime(), 2000000000 - 150);
-}
-
-TEST(ChessClockSetClock, MovesWithIncrementKeepsThePreviousControl) {
-    chessclock c = freshClock();
-    c.setClock(40, 300000, 0, 0);
-    c.movesLeft[1] = 17;
-    c.safetyMargin = 0;
-    c.startClock(0, 100);
-    c.setClock(40, 300000, 2000, 500);  // level 40 5 2
-    EXPECT_EQ(c.safetyMargin, 150);
-    EXPECT_EQ(c.runningClock, 9);
-    EXPECT_EQ(c.mode, 0);
-    EXPECT_EQ(c.movesLeft[1], 17);
-    EXPECT_EQ(c.remaining[0], 300000 - 400);  // only the stop charged the clock
-}
-
-TEST(ChessClockMoves, SuddenDeathAddsTheLeftoverTimeAddedEveryMove) {
-    chessclock c = freshClock();
-    c.setClock(0, 0, 5000, 0);
-    c.setClock(0, 300000, 0, 0);
-    EXPECT_EQ(c.timeAddedPerControl, 5000);
-    c.startClock(1, 1000);
-    c.startClock(0, 4001);
-    EXPECT_EQ(c.remaining[1], 300000 - 3001 + 5000);
-    EXPECT_EQ(c.movesLeft[1], 1);
-    engineMove(c, 5000, 7000);
-    EXPECT_EQ(c.remaining[0], 300000 - 2999 + 5000);
-}
-
-TEST(ChessClockMoves, ConventionalControlRestartsOnTheFortyFirstMove) {
-    chessclock c = freshClock();
-    c.setClock(40, 300000, 0, 0);
-    c.startClock(1, 0);  // the opponent (white) moves first
-    int now = 0;
-    for (int move = 1; move <= 40; ++move) {
-        c.startClock(0, now += 10);
-        engineMove(c, now + 5, now + 100);
-        now += 100;
+TEST(ChessClockMoves, EachModeChargesAndRefillsTheClocksAsTheGamePlaysOut) {
+    const struct { int moves, base, increment, pairs, whiteMs, blackMs; const char* times; } cases[] = {
+        {40, 300000, 0, 40, 10, 100, "596000/40 599600/40"},  // the control restarts with each side's 41st move
+        {0, 300000, 0, 2, 3001, 2000, "298000/1 295998/1"},   // sudden death adds the old time added (1000) per move
+        {0, 0, 5000, 2, 100, 4000, "2000/1 9800/1"},          // fixed time per move
+        {0, 60000, 1000, 3, 10, 990, "57030/-2 59970/-2"},    // the increment is left to the GUI's time reports
+        {40, 300000, 2000, 2, 10, 100, "2800/1 2980/1"},      // moves with an increment: the old control stays
+    };
+    for (const auto& c : cases) {
+        chessclock clock = freshClock();
+        clock.setClock(c.moves, c.base, c.increment, 0);
+        int now = 0;
+        clock.startClock(1, now);  // the opponent (white) moves first
+        for (int i = 0; i < c.pairs; ++i) {
+            clock.startClock(0, now += c.whiteMs);
+            clock.startClock(1, now += c.blackMs);
+        }
+        clock.stopClock(now);
+        EXPECT_EQ(times(clock), c.times) << c.moves << " " << c.base << " " << c.increment;
     }
-    c.startClock(0, now += 10);  // white's 41st move
-    EXPECT_EQ(c.movesLeft[1], 39);
-    EXPECT_EQ(c.remaining[1], 600000 - 41 * 10);
-    c.chargeRunningClock(now + 5);
-    EXPECT_EQ(c.movesLeft[0], 40);  // black's 41st move finds the new control
-    EXPECT_EQ(c.remaining[0], 600000 - 40 * 100 - 5);
 }
 
-TEST(ChessClockMoves, IncrementIsNeverAddedByTheClock) {
-    chessclock c = freshClock();
-    c.setClock(0, 60000, 1000, 0);
-    c.startClock(1, 0);
-    for (int now = 0; now < 3000; now += 1000) {
-        c.startClock(0, now + 10);
-        engineMove(c, now + 10, now + 1000);
-    }
-    EXPECT_EQ(c.movesLeft[0], -2);
-    EXPECT_EQ(c.remaining[0], 60000 - 3 * 990);
-    EXPECT_EQ(c.remaining[1], 60000 - 3 * 10);
-}
-
-TEST(ChessClockMoves, StartClockSwitchesAndChargesOnlyTheOtherSide) {
+TEST(ChessClockMoves, StartChargeAndStopTouchOnlyTheRunningSide) {
     chessclock c = freshClock();
     c.associateEngineWithSide(1);
     c.setClock(40, 300000, 0, 0);
     c.startClock(0, 1000);  // from stopped: nothing charged
     c.startClock(0, 2000);  // already running: neither charged nor restarted
-    EXPECT_EQ(c.runningClock, 1);
-    EXPECT_EQ(c.startStamp, 1000);
-    EXPECT_EQ(c.remaining[1], 300000);
-    c.startClock(1, 3500);
-    EXPECT_EQ(c.runningClock, 0);
-    EXPECT_EQ(c.startStamp, 3500);
-    EXPECT_EQ(c.remaining[1], 300000 - 2500);
-    EXPECT_EQ(c.movesLeft[1], 39);
-    EXPECT_EQ(c.remaining[0], 300000);
-    c.startClock(0, 4000);
-    EXPECT_EQ(c.remaining[0], 300000 - 500);
-    EXPECT_EQ(c.movesLeft[0], 39);
-    c.stopClock(4700);
-    EXPECT_EQ(c.remaining[1], 300000 - 3200);
-    EXPECT_EQ(c.movesLeft[1], 39);
-}
+    EXPECT_EQ(std::pair(c.runningClock, c.startStamp), std::pair(1, 1000));
+    c.chargeRunningClock(2700);  // counts no move
+    EXPECT_EQ(times(c), "300000/40 298300/40");
+    c.startClock(1, 3500);  // the charged part is not taken twice
+    EXPECT_EQ(std::pair(c.runningClock, c.startStamp), std::pair(0, 3500));
+    EXPECT_EQ(times(c), "300000/40 297500/39");
+    c.stopClock(4000);  // counts no move either
+    EXPECT_EQ(times(c), "299500/40 297500/39");
 
-TEST(ChessClockMoves, ChargingCountsNoMoveAndIsNotTakenTwice) {
-    chessclock c = freshClock();
-    c.setClock(40, 300000, 0, 0);
-    c.startClock(1, 0);
-    c.chargeRunningClock(700);
-    EXPECT_EQ(c.remaining[1], 300000 - 700);
-    EXPECT_EQ(c.movesLeft[1], 40);
-    c.startClock(0, 1000);
-    EXPECT_EQ(c.remaining[1], 300000 - 1000);
-}
-
-TEST(ChessClockMoves, AStoppedClockIsNeverCharged) {
-    chessclock c = freshClock();
-    c.setClock(40, 300000, 0, 0);
-    c.startClock(0, 100);
-    c.stopClock(600);
-    const chessclock before = c;
+    const chessclock before = c;  // a stopped clock is never charged
     c.stopClock(90000);
     c.chargeRunningClock(95000);
     EXPECT_EQ(std::memcmp(&before, &c, sizeof c), 0);
+
+    c.movesLeft[0] = 17;
+    c.startClock(1, 100000);
+    c.setClock(40, 300000, 2000, 100400);  // level 40 5 2: the clock stops, the control stays
+    EXPECT_EQ(c.runningClock, chessclock::stopped);
+    EXPECT_EQ(times(c), "299100/17 297500/39");
 }

@@ -31,6 +31,7 @@ template <class body>
 std::string inChild(body run, int* status = nullptr) {
     int out[2];
     EXPECT_EQ(pipe(out), 0);
+    fflush(stdout);  // or the child prints what this process still buffers
     const pid_t pid = fork();
     if (pid == 0) {
         dup2(out[1], 1);

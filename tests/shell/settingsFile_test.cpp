@@ -4,238 +4,133 @@
 
 #include <climits>
 #include <cstdio>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 namespace {
 
 class settingsFileTest : public ::testing::Test {
 protected:
-    // One file per test: ctest runs tests of this fixture side by side.
-    std::string fileNameText =
-        std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) + ".ini";
-    const char* fileName = fileNameText.c_str();
+    // One file per test: ctest runs the tests of this fixture side by side.
+    const std::string name = std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + ".ini";
+    const char* file = name.c_str();
 
-    void TearDown() override { std::remove(fileName); }
-
-    void writeFile(const std::string& text) {
-        std::FILE* file = std::fopen(fileName, "wb");
-        ASSERT_NE(file, nullptr);
-        std::fwrite(text.data(), 1, text.size(), file);
-        std::fclose(file);
-    }
-
-    std::string readFile() {
-        std::string text;
-        if (std::FILE* file = std::fopen(fileName, "rb")) {
-            for (int c; (c = std::fgetc(file)) != EOF;) text += static_cast<char>(c);
-            std::fclose(file);
-        }
-        return text;
-    }
-
-    std::string gameOutput(gameSettings& settings) {
+    void TearDown() override { std::remove(file); }
+    void write(const std::string& text) const { std::ofstream(name, std::ios::binary) << text; }
+    std::string read() const { return (std::ostringstream() << std::ifstream(name, std::ios::binary).rdbuf()).str(); }
+    // What the game and piece readers print, then what all readers found: the game flags in
+    // declaration order, the process count, [book path], pawn to queen, hash size, cache, inverted, egtb path.
+    std::string readAll() const {
+        gameSettings g;
+        pieceValueSettings p;
+        int hashMB = 17;
         testing::internal::CaptureStdout();
-        readGameSettings(fileName, settings);
-        return testing::internal::GetCapturedStdout();
+        readGameSettings(file, g);
+        readPieceValueSettings(file, p);
+        const bool hashFound = readHashSizeSetting(file, hashMB);
+        char found[300];
+        std::snprintf(found, sizeof found,
+                      "%d %d %d %d %d %d %d %d %d [%s] %d %d %d %d %d hash %s%d cache %d inverted %d egtb ",
+                      g.bookBestMoveOnly, g.pondering, g.enableEGTB, g.enableNMP, g.enableLMP, g.enableFUTPRUN,
+                      g.enableBOOK, g.enableEXTENTIONS, g.processCount, g.bookPath, p.pawn, p.knight, p.bishop, p.rook,
+                      p.queen, hashFound ? "" : "absent ", hashMB, readNalimovCacheSetting(file),
+                      readPrintInvertedScoreSetting(file));
+        return testing::internal::GetCapturedStdout().append(found).append(egtbPath());
+    }
+    std::string egtbPath(std::size_t size = 101) const {
+        std::string path(size, '#');
+        readEgtbPathSetting(file, path.data(), size);
+        return path.c_str();
     }
 };
 
-const char* const defaultFileText =
-    "==== settings Talvin_v8.05_x64 ====\n"
-    "pref:printToScreen=0     (0=disabled, 1=enabled)\n"
-    "pref:size-hashtable=64   (in MB)\n"
-    "pref:NalimovCache=32     (in MB)\n"
-    "pref:egtb-path=d:\\chess\\egtb4\\\n"
-    "pref:book-path=bookTalvin.ctg\n"
-    "pref:DRAWSCORE=-50\n"
-    "pref:VALPAWN=100\n"
-    "pref:VALKNIGHT=300\n"
-    "pref:VALBISHOP=300\n"
-    "pref:VALROOK=500\n"
-    "pref:VALQUEEN=900\n"
-    "pref:MAXPROCESSES=0\n"
-    "pref:enable_EGTB=1       (initial value, 0=disabled, 1=enabled)\n"
-    "pref:enable_BOOK=1\n"
-    "pref:BookBestMoveOnly=1\n"
-    "pref:enable_FUTPRUN=1\n"
-    "pref:enable_EXTENTIONS=1\n"
-    "pref:enable_NMP=1\n"
-    "pref:enable_LMP=1\n"
-    "pref:pondering=0\n"
-    "pref:printInvertedScore=0\n";
+// What the other readers find in a file without their keys.
+const std::string otherDefaults = " hash absent 17 cache 64 inverted 0 egtb d:\\chess\\egtb4\\";
 
-TEST(settingsNumbers, decimalReadingStopsAtTextAndNeverOverflows) {
-    EXPECT_EQ(settingsInt("64   (in MB)\n"), 64);
-    EXPECT_EQ(settingsInt("-5"), -5);
-    EXPECT_EQ(settingsInt("abc"), 0);
-    EXPECT_EQ(settingsInt("0x10"), 0);
-    EXPECT_EQ(settingsInt("99999999999"), INT_MAX);
-    EXPECT_EQ(settingsDouble("300.9 centipawns"), 300);
-    EXPECT_EQ(settingsDouble("-2.7"), -2);
-    EXPECT_EQ(settingsDouble("1e2"), 100);
-    for (const char* garbage : {"nan", "-inf", "0x10", "."}) EXPECT_EQ(settingsDouble(garbage), 0) << garbage;
-    EXPECT_EQ(settingsDouble("1e400"), INT_MAX);
-    EXPECT_EQ(settingsDouble("-3e9"), INT_MIN);
-}
-
-TEST_F(settingsFileTest, writesTheDefaultFileExactly) {
-    ASSERT_TRUE(writeSettingsFile(fileName, "Talvin_v8.05_x64", settingsFileValues{}));
-    EXPECT_EQ(readFile(), defaultFileText);
-}
-
-TEST_F(settingsFileTest, writtenFileReadsBackAsTheSameSettings) {
-    settingsFileValues values;
-    values.numberOfProcessors = 2;
-    values.hashMB = 256;
-    values.nalimovCacheMB = 16;
-    values.pawn = 90;
-    values.nullMovePruning = 'f';
-    values.ponder = 't';
-    values.printInvertedScore = 'x';  // anything but 't' is false
-    std::snprintf(values.nalimovPath, sizeof values.nalimovPath, "%s", "/tb/nalimov/\n");
-    std::snprintf(values.bookPath, sizeof values.bookPath, "%s", "my.ctg\n");
-    ASSERT_TRUE(writeSettingsFile(fileName, "Talvin_v8.05_x64", values));
-
-    gameSettings game;
-    EXPECT_EQ(gameOutput(game), "Using 2 processors\n");  // the writer switches echo off
-    EXPECT_STREQ(game.bookPath, "my.ctg");
-    EXPECT_EQ(game.processCount, 3);
-    EXPECT_EQ(game.enableNMP, 0);
-    EXPECT_EQ(game.pondering, 1);
-    EXPECT_EQ(game.bookBestMoveOnly + game.enableEGTB + game.enableLMP + game.enableFUTPRUN + game.enableBOOK +
-                  game.enableEXTENTIONS, 6);
-
-    pieceValueSettings pieces;
-    testing::internal::CaptureStdout();
-    readPieceValueSettings(fileName, pieces);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(pieces.pawn, 90);
-    EXPECT_EQ(pieces.queen, 900);
-    int hashMB = 0;
-    EXPECT_TRUE(readHashSizeSetting(fileName, hashMB));
-    EXPECT_EQ(hashMB, 256);
-    EXPECT_EQ(readNalimovCacheSetting(fileName), 16);
-    EXPECT_EQ(readPrintInvertedScoreSetting(fileName), 0);
-    char path[101];
-    readEgtbPathSetting(fileName, path, sizeof path);
-    EXPECT_STREQ(path, "/tb/nalimov/");
-}
-
-TEST_F(settingsFileTest, processCountIsMaxProcessesPlusOneAtLeastOne) {
-    const struct { const char* line; int count; const char* output; } cases[] = {
-        {"pref:MAXPROCESSES=-5\n", 1, "Using 0 processor\n"},
-        {"pref:MAXPROCESSES=1\n", 2, "Using 1 processor\n"},
-        {"pref:MAXPROCESSES=2\n", 3, "Using 2 processors\n"},
+TEST(settingsNumbers, decimalReadingStopsAtTextAndClampsToTheIntRange) {
+    const struct { const char* text; int asInt, asDouble; } cases[] = {
+        {"64   (in MB)\n", 64, 64}, {" +7.9", 7, 7}, {"-2.7", -2, -2}, {"300.9 centipawns", 300, 300},
+        {"1e2", 1, 100}, {"abc", 0, 0}, {"0x10", 0, 0}, {"nan", 0, 0}, {"-inf", 0, 0}, {".", 0, 0},
+        {"99999999999", INT_MAX, INT_MAX}, {"-99999999999", INT_MIN, INT_MIN}, {"1e400", 1, INT_MAX},
+        {"-3e9", -3, INT_MIN},
     };
     for (const auto& c : cases) {
-        writeFile(c.line);
-        gameSettings settings;
-        EXPECT_EQ(gameOutput(settings), c.output) << c.line;
-        EXPECT_EQ(settings.processCount, c.count) << c.line;
+        EXPECT_EQ(settingsInt(c.text), c.asInt) << c.text;
+        EXPECT_EQ(settingsDouble(c.text), c.asDouble) << c.text;
     }
 }
 
-TEST_F(settingsFileTest, bookPathIsCutAfterAnEarlyCtgOtherwiseKeptAsRead) {
-    const struct { std::string value, path; } cases[] = {
-        {"books\\main.ctg\n", "books\\main.ctg"},
-        {"plainbook\n", "plainbook\n"},
-        {std::string(44, 'a') + ".ctgzzzz\n", std::string(44, 'a') + ".ctg"},
-        {std::string(45, 'a') + ".ctgzzzz\n", std::string(45, 'a') + ".ctgz"},  // too late to cut; 50 taken
+TEST_F(settingsFileTest, readersKeepDefaultsWithoutAFileAndReadBackWhatTheWriterWrote) {
+    EXPECT_EQ(readAll(), "Using 0 processor\n1 0 1 1 1 1 1 1 1 [bookTalvin.ctg] 100 300 300 500 900" + otherDefaults);
+    EXPECT_FALSE(writeSettingsFile("no/such/directory/x.ini", "T", settingsFileValues{}));
+    ASSERT_TRUE(writeSettingsFile(file, "Talvin_v8.05_x64", settingsFileValues{}));
+    EXPECT_EQ(read(),
+              "==== settings Talvin_v8.05_x64 ====\npref:printToScreen=0     (0=disabled, 1=enabled)\n"
+              "pref:size-hashtable=64   (in MB)\npref:NalimovCache=32     (in MB)\npref:egtb-path=d:\\chess\\egtb4\\\n"
+              "pref:book-path=bookTalvin.ctg\npref:DRAWSCORE=-50\npref:VALPAWN=100\npref:VALKNIGHT=300\n"
+              "pref:VALBISHOP=300\npref:VALROOK=500\npref:VALQUEEN=900\npref:MAXPROCESSES=0\n"
+              "pref:enable_EGTB=1       (initial value, 0=disabled, 1=enabled)\npref:enable_BOOK=1\n"
+              "pref:BookBestMoveOnly=1\npref:enable_FUTPRUN=1\npref:enable_EXTENTIONS=1\npref:enable_NMP=1\n"
+              "pref:enable_LMP=1\npref:pondering=0\npref:printInvertedScore=0\n");
+
+    settingsFileValues v;
+    v.numberOfProcessors = 2, v.hashMB = 256, v.nalimovCacheMB = 16, v.drawScore = -20;
+    v.pawn = 90, v.knight = 310, v.bishop = 320, v.rook = 480, v.queen = 950;
+    v.egtb = 'f', v.bookBestMoveOnly = 'f', v.extentions = 'f', v.lateMovePruning = 'x';  // all but 't' is false
+    v.ponder = 't', v.printInvertedScore = 't';
+    std::snprintf(v.nalimovPath, sizeof v.nalimovPath, "%s", "/tb/nalimov/\n");
+    std::snprintf(v.bookPath, sizeof v.bookPath, "%s", "my.ctg\n");
+    ASSERT_TRUE(writeSettingsFile(file, "Talvin_v8.05_x64", v));
+
+    EXPECT_EQ(readAll(), "Using 2 processors\n0 1 0 1 0 1 1 0 3 [my.ctg] 90 310 320 480 950 "  // echo is off
+                         "hash 256 cache 16 inverted 1 egtb /tb/nalimov/");
+    EXPECT_NE(read().find("\npref:DRAWSCORE=-20\n"), std::string::npos);
+}
+
+TEST_F(settingsFileTest, echoFollowsPrintToScreenInFileOrderAndShowsValuesAsRead) {
+    write("pref:enable_NMP=1\npref:VALPAWN=70\n"  // before the switch: not echoed
+          "pref:printToScreen=1\npref:book-path=b.ctg (x)\npref:BookBestMoveOnly=7\npref:pondering=1\n"
+          "pref:enable_EGTB=3\npref:enable_NMP=0\npref:enable_LMP=0\npref:enable_FUTPRUN=0\npref:enable_BOOK=0\n"
+          "pref:enable_EXTENTIONS=0\npref:MAXPROCESSES=0\npref:VALPAWN=101\npref:VALKNIGHT=301\n"
+          "pref:VALBISHOP=302\npref:VALROOK=450\npref:VALQUEEN=901\n"
+          "pref:printToScreen=0\npref:enable_NMP=2\npref:VALQUEEN=905\n");  // after it: not echoed
+    EXPECT_EQ(readAll(),
+              "Read settings:\n   Set bookpath:      b.ctg (x)\n   BookBestMoveOnly:    7\n"
+              "   PONDERING:         1\n   enable_EGTB:       3\n   enable_NMP:        0\n"
+              "   enable_LMP:        0\n   enable_FUTPRUN:    0\n   enable_BOOK:       0\n"
+              "   enable_EXTENTIONS: 0\n   MULTIPROCESSING: DISABLED\nUsing 0 processor\n"
+              "Read settings:\n   VALPAWN:  101\n   VALKNIGHT:301\n   VALBISHOP:302\n   VALROOK:  450\n"
+              "   VALQUEEN: 901\n"  // the book-move mode is clamped to 0..1, other flags kept as read
+              "1 1 3 2 0 0 0 0 1 [b.ctg] 101 301 302 450 905" + otherDefaults);
+}
+
+TEST_F(settingsFileTest, processCountIsMaxProcessesPlusOneAndBookPathIsCutAfterAnEarlyCtg) {
+    const std::string a44(44, 'a'), a45(45, 'a');
+    const struct { const char* maxProcesses; std::string book, expected; } cases[] = {
+        {"-5", "books\\main.ctg\n", "Using 0 processor\n1 0 1 1 1 1 1 1 1 [books\\main.ctg]"},
+        {"1", "plainbook\n", "Using 1 processor\n1 0 1 1 1 1 1 1 2 [plainbook\n]"},
+        {"2", a44 + ".ctgzzzz\n", "Using 2 processors\n1 0 1 1 1 1 1 1 3 [" + a44 + ".ctg]"},
+        {"2147483647", a45 + ".ctgzzzz\n",  // too late to cut: 50 characters taken
+         "Using 2147483646 processors\n1 0 1 1 1 1 1 1 2147483647 [" + a45 + ".ctgz]"},
     };
     for (const auto& c : cases) {
-        writeFile("pref:book-path=" + c.value);
-        gameSettings settings;
-        gameOutput(settings);
-        EXPECT_EQ(std::string(settings.bookPath), c.path);
+        write(std::string("pref:MAXPROCESSES=") + c.maxProcesses + "\npref:book-path=" + c.book);
+        EXPECT_EQ(readAll(), c.expected + " 100 300 300 500 900" + otherDefaults);
     }
 }
 
-TEST_F(settingsFileTest, echoFollowsPrintToScreenInFileOrder) {
-    writeFile("pref:enable_NMP=0\n"  // before the switch: not echoed
-              "pref:printToScreen=1\n"
-              "pref:book-path=b.ctg\n"
-              "pref:BookBestMoveOnly=7\n"
-              "pref:pondering=1\n"
-              "pref:enable_EGTB=3\n"
-              "pref:MAXPROCESSES=0\n"
-              "pref:VALROOK=450\n"
-              "pref:printToScreen=0\n"
-              "pref:enable_NMP=2\n");
-    gameSettings settings;
-    EXPECT_EQ(gameOutput(settings),
-              "Read settings:\n"
-              "   Set bookpath:      b.ctg\n"
-              "   BookBestMoveOnly:    7\n"
-              "   PONDERING:         1\n"
-              "   enable_EGTB:       3\n"
-              "   MULTIPROCESSING: DISABLED\n"
-              "Using 0 processor\n");
-    EXPECT_EQ(settings.bookBestMoveOnly, 1);
-    EXPECT_EQ(settings.enableEGTB, 3);  // flags are kept as read
-    EXPECT_EQ(settings.enableNMP, 2);
+TEST_F(settingsFileTest, laterLinesWinOthersAreIgnoredAndLongLinesArriveInPiecesOf999) {
+    write("==== settings X ====\n\npref:size-hashtable=32\npref:VALPAWN=80\npref:size-hashtable=1.289e2   (in MB)\n"
+          "pref:VALPAWN=1.105e2xyz\npref:BookBestMoveOnly=-3\npref:egtb-path=c:\\a\\\npref:egtb-path=e:\\tb\\\r\n");
+    EXPECT_EQ(readAll(), "Using 0 processor\n0 0 1 1 1 1 1 1 1 [bookTalvin.ctg] 110 300 300 500 900 hash 128 "
+                         "cache 64 inverted 0 egtb e:\\tb\\");  // a Windows line end is a line end too
 
-    pieceValueSettings pieces;
-    testing::internal::CaptureStdout();
-    readPieceValueSettings(fileName, pieces);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Read settings:\n   VALROOK:  450\n");
-    EXPECT_EQ(pieces.rook, 450);
-}
-
-TEST_F(settingsFileTest, laterLineWinsAndOtherLinesAreIgnored) {
-    writeFile("==== settings X ====\n\n"
-              "pref:size-hashtable=32\n"
-              "pref:VALPAWN=80\n"
-              "pref:size-hashtable=128.9   (in MB)\n"
-              "pref:VALPAWN=110.5xyz\n"
-              "pref:BookBestMoveOnly=-3\n"
-              "pref:egtb-path=c:\\a\\\n"
-              "pref:egtb-path=e:\\tb\\\r\n");
-    int hashMB = 0;
-    EXPECT_TRUE(readHashSizeSetting(fileName, hashMB));
-    EXPECT_EQ(hashMB, 128);
-    pieceValueSettings pieces;
-    readPieceValueSettings(fileName, pieces);
-    EXPECT_EQ(pieces.pawn, 110);
-    gameSettings settings;
-    gameOutput(settings);
-    EXPECT_EQ(settings.bookBestMoveOnly, 0);
-    char path[101];
-    readEgtbPathSetting(fileName, path, sizeof path);
-    EXPECT_STREQ(path, "e:\\tb\\");  // a Windows line end is a line end too
-}
-
-TEST_F(settingsFileTest, longLinesAreReadInPiecesOf999) {
     // The second piece of an overlong line starts with a key and counts as a line.
-    writeFile("pref:egtb-path=" + std::string(984, 'p') + "pref:VALPAWN=55\n");
-    pieceValueSettings pieces;
-    readPieceValueSettings(fileName, pieces);
-    EXPECT_EQ(pieces.pawn, 55);
-    char path[2000], shortPath[5];
-    readEgtbPathSetting(fileName, path, sizeof path);
-    EXPECT_EQ(std::string(path), std::string(984, 'p'));
-    readEgtbPathSetting(fileName, shortPath, sizeof shortPath);
-    EXPECT_STREQ(shortPath, "pppp");
-}
-
-TEST_F(settingsFileTest, missingFileKeepsDefaultsAndPrintsOnlyTheProcessLine) {
-    std::remove(fileName);
-    gameSettings settings;
-    EXPECT_EQ(gameOutput(settings), "Using 0 processor\n");
-    EXPECT_STREQ(settings.bookPath, "bookTalvin.ctg");
-
-    testing::internal::CaptureStdout();
-    pieceValueSettings pieces;
-    readPieceValueSettings(fileName, pieces);
-    int hashMB = 17;
-    EXPECT_FALSE(readHashSizeSetting(fileName, hashMB));
-    EXPECT_EQ(readNalimovCacheSetting(fileName), 64);
-    EXPECT_EQ(readPrintInvertedScoreSetting(fileName), 0);
-    char path[101];
-    readEgtbPathSetting(fileName, path, sizeof path);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(hashMB, 17);
-    EXPECT_EQ(pieces.queen, 900);
-    EXPECT_STREQ(path, "d:\\chess\\egtb4\\");
+    write("pref:egtb-path=" + std::string(984, 'p') + "pref:VALPAWN=55\n");
+    EXPECT_NE(readAll().find("] 55 300 300 500 900 "), std::string::npos);
+    EXPECT_EQ(egtbPath(2000), std::string(984, 'p'));
+    EXPECT_EQ(egtbPath(5), "pppp");
 }
 
 }  // namespace
