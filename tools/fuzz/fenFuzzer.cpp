@@ -1,7 +1,7 @@
 // libFuzzer target: arbitrary text goes through the FEN reader, and the
 // resulting position, however broken, through the FEN writer, the move
 // generators, makeMove, the legality test and the game-end test. Besides the
-// sanitizers it checks two properties that hold for any input:
+// sanitizers it checks two properties:
 //  - reading back what getFen wrote gives the same position and key;
 //  - in an ordinary position (one king each, the side that just moved not in
 //    check, castling rights and en-passant square backed by the right pieces),
