@@ -1,18 +1,10 @@
 #include "eval/evalHashtable.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <thread>
 
 #include "parallel/mutex.h"
 #include "shell/settingsFile.h"
-
-static void printLocked(const char* text) {
-    mutex::waitIO();
-    printf("%s", text);
-    mutex::releaseIO();
-}
 
 int32_t evalHashtable::entriesForSize(int sizeSetting) {
     // Mapping sizes travel as 32 bits: a setting that would make 4096 MB or
@@ -36,19 +28,13 @@ void evalHashtable::setUp(const char* instance, int32_t count, bool openInstead)
     char name[160];
     objectName(name, sizeof name, "sharedEvalHashtable", instance);
     entryCount = count;
-    namedMapping::result result;
-    if (openInstead) {
-        while ((result = mapping.open(name)) == namedMapping::notCreated)
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    } else {
-        result = mapping.create(name, static_cast<size_t>(count) * 8);
-    }
+    const namedMapping::result result = mapping.createOrOpen(name, static_cast<size_t>(count) * 8, openInstead);
     if (result == namedMapping::notCreated) {
-        printLocked("ERROR! Could not create file mapping object sharedEvalHashtable.\n");
+        mutex::printLocked("ERROR! Could not create file mapping object sharedEvalHashtable.\n");
         return;
     }
     if (result == namedMapping::notMapped) {
-        printLocked("ERROR! Could not map view of file sharedEvalHashtable.\n");
+        mutex::printLocked("ERROR! Could not map view of file sharedEvalHashtable.\n");
         mapping.closeHandle();
         return;
     }
@@ -64,11 +50,11 @@ void evalHashtable::reset() {
 evalHashtable::~evalHashtable() {
     entries = nullptr;
     if (mapping.view) {
-        printLocked("unmapping sharedEvalHashtable....\n");
+        mutex::printLocked("unmapping sharedEvalHashtable....\n");
         mapping.unmap();
     }
     if (mapping.handle >= 0) {
-        printLocked("Getting rid of handle sharedEvalHashtable....\n");
+        mutex::printLocked("Getting rid of handle sharedEvalHashtable....\n");
         mapping.closeHandle();
     }
 }

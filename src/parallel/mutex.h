@@ -41,6 +41,8 @@ public:
     // Waits up to timeoutMs, reports a time-out, an abandoned or a failed
     // wait, and goes on in every case.
     static void waitWithHandle(namedMutex& handle, int timeoutMs = waitTimeoutMs);
+    // One line of text, not interleaved with other processes' output.
+    static void printLocked(const char* text);
     static void releaseWithHandle(namedMutex& handle);
 
 private:

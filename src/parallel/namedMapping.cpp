@@ -45,6 +45,13 @@ namedMapping::result namedMapping::open(const char* name) {
     return ok;
 }
 
+namedMapping::result namedMapping::createOrOpen(const char* name, size_t bytes, bool openInstead, int retryMs) {
+    if (!openInstead) return create(name, bytes);
+    result opened;
+    while ((opened = open(name)) == notCreated) std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));
+    return opened;
+}
+
 void namedMapping::unmap() {
     if (view) munmap(view, size);
     view = nullptr;

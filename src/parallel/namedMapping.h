@@ -17,6 +17,8 @@ public:
     result create(const char* name, size_t bytes);
     // Maps an existing object; notCreated while it does not exist yet.
     result open(const char* name);
+    // create, or with openInstead open, waiting every retryMs until the object exists.
+    result createOrOpen(const char* name, size_t bytes, bool openInstead, int retryMs = 100);
     void unmap();
     void closeHandle();
     ~namedMapping() {

@@ -1,21 +1,13 @@
 #include "parallel/sharedData.h"
 
-#include <chrono>
 #include <cstdio>
-#include <thread>
 
 #include "parallel/mutex.h"
 
 sharedDataMapping::sharedDataMapping(const char* instance, bool openInstead, int retryMs) {
     char name[160];
     objectName(name, sizeof name, "sharedData", instance);
-    namedMapping::result result;
-    if (openInstead) {
-        while ((result = mapping.open(name)) == namedMapping::notCreated)
-            std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));
-    } else {
-        result = mapping.create(name, sizeof(sharedData));
-    }
+    const namedMapping::result result = mapping.createOrOpen(name, sizeof(sharedData), openInstead, retryMs);
     if (result == namedMapping::notCreated) {
         printf("ERROR! Could not create file mapping object.\n");
         return;
@@ -30,15 +22,11 @@ sharedDataMapping::sharedDataMapping(const char* instance, bool openInstead, int
 
 sharedDataMapping::~sharedDataMapping() {
     if (mapping.view) {
-        mutex::waitIO();
-        printf("unmapping....\n");
-        mutex::releaseIO();
+        mutex::printLocked("unmapping....\n");
         mapping.unmap();
     }
     if (mapping.handle >= 0) {
-        mutex::waitIO();
-        printf("Getting rid of handle....\n");
-        mutex::releaseIO();
+        mutex::printLocked("Getting rid of handle....\n");
         mapping.closeHandle();
     }
 }

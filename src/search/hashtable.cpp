@@ -1,18 +1,10 @@
 #include "search/hashtable.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <thread>
 
 #include "parallel/mutex.h"
 #include "shell/settingsFile.h"
-
-static void printLocked(const char* text) {
-    mutex::waitIO();
-    printf("%s", text);
-    mutex::releaseIO();
-}
 
 int32_t hashtable::entriesForSize(int sizeMB) {
     // The mapping size travels as 32 bits, so 4096 MB and more would wrap to
@@ -36,19 +28,13 @@ void hashtable::setUp(const char* instance, int32_t count, bool openInstead) {
     char name[160];
     objectName(name, sizeof name, "sharedHashtable", instance);
     entryCount = count;
-    namedMapping::result result;
-    if (openInstead) {
-        while ((result = mapping.open(name)) == namedMapping::notCreated)
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    } else {
-        result = mapping.create(name, static_cast<size_t>(count) * 16);
-    }
+    const namedMapping::result result = mapping.createOrOpen(name, static_cast<size_t>(count) * 16, openInstead);
     if (result == namedMapping::notCreated) {
-        printLocked("ERROR! Could not create file mapping object sharedHashtable.\n");
+        mutex::printLocked("ERROR! Could not create file mapping object sharedHashtable.\n");
         return;
     }
     if (result == namedMapping::notMapped) {
-        printLocked("ERROR! Could not map view of file sharedHashtable.\n");
+        mutex::printLocked("ERROR! Could not map view of file sharedHashtable.\n");
         mapping.closeHandle();
         return;
     }
@@ -68,11 +54,11 @@ hashtable::~hashtable() {
     entries = nullptr;
     ready = false;
     if (mapping.view) {
-        printLocked("unmapping sharedHashtable....\n");
+        mutex::printLocked("unmapping sharedHashtable....\n");
         mapping.unmap();
     }
     if (mapping.handle >= 0) {
-        printLocked("Getting rid of handle sharedHashtable....\n");
+        mutex::printLocked("Getting rid of handle sharedHashtable....\n");
         mapping.closeHandle();
     }
 }
