@@ -96,3 +96,7 @@ private:
 // ("e7e8Q"), or "NULLMOVE"; out needs room for 9 characters.
 void moveToText(int move, char* out);
 void squareToText(int square, char* out);
+
+// Diminishing-gap exchange sort of a move buffer, descending by the signed
+// 16-bit keys at 100 + i, moves and keys swapped together.
+void sortMoves(uint16_t* buffer, int n);

@@ -46,8 +46,9 @@ struct moveWriter {
     }
 };
 
-// Diminishing-gap exchange sort, descending by score; its tie order is part of
-// the engine's move order.
+}  // namespace
+
+// Its tie order is part of the engine's move order.
 void sortMoves(uint16_t* buffer, int n) {
     int16_t* score = reinterpret_cast<int16_t*>(buffer + 100);
     int gap = n;
@@ -64,6 +65,8 @@ void sortMoves(uint16_t* buffer, int n) {
         if (!swapped && gap < 2) break;
     }
 }
+
+namespace {
 
 inline int pawnDivisor() { return pieceValue[PAWN] ? pieceValue[PAWN] : 1; }
 

@@ -1,0 +1,50 @@
+#pragma once
+#include <cstdint>
+
+#include "board/board.h"
+#include "parallel/sharedData.h"
+#include "search/hashtable.h"
+#include "search/movelist.h"
+
+inline constexpr int mateScore = 16000;
+inline constexpr int timeUpScore = -16300;
+inline constexpr int blockStoppedScore = 16302;
+inline constexpr int stalemateSentinel = 195;
+inline constexpr int checkmateSentinel = 130;
+
+// The search of one engine process: iterative deepening at the root, the
+// fail-hard alpha-beta below it and the capture search at its leaves. Shared
+// state (clock, switches, killers, node totals) lives in the shared record.
+class searchtree {
+public:
+    sharedData* shared;
+    hashtable* table;
+    int processSlot;         // this process's index among the engine processes
+    bool printInvertedScore; // thinking scores from White's view
+    int64_t nodes[2] = {0, 0};  // alphaBeta and quiescence nodes since the last report
+    // Set when tablebases are loaded: true and a score on a hit.
+    bool (*tablebaseProbe)(const board& position, int& score) = nullptr;
+
+    movelist rootList;
+    int rootMoveCount = 0;
+    int completedDepth = 0;  // last iteration started, as printed (d + 1)
+
+    searchtree(sharedData* shared, hashtable* table, int processSlot, bool printInvertedScore);
+
+    // Best move, or the checkmate/stalemate sentinel when there is none.
+    int rootSearch(const board& position);
+    int alphaBeta(int lastMove, board& position, int depth, int alpha, int beta, int sbNum);
+    int quiescence(int lastMove, board& position, int alpha, int beta);
+
+    // Appends the principal variation that the table holds after firstMove.
+    void printThinking(const board& position, int firstMove, char* out, int size) const;
+    void printThinkingLine(const board& position, int depthShown, int score, int firstMove);
+
+private:
+    bool searchStopped() const { return shared->timer1.timeIsUp() || shared->allSearchprocesEnabled == 0; }
+    void reportNodes();
+};
+
+// True when the position's key occurs within its reversible-move window.
+bool isRepetition(const board& position);
+void printMove(int move);

@@ -1,0 +1,137 @@
+#include "parallel/mutex.h"
+#include "search/moveGenerator.h"
+#include "search/searchtree.h"
+
+namespace {
+
+inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
+
+// A table move is taken only if it moves a piece of the side to move onto a
+// square without one: a colliding key must not feed makeMove a wild move.
+inline bool plausibleMove(const board& b, int move) {
+    const int us = b.toMove == 1 ? WHITE : BLACK;
+    return move != 0 && (b.bb[NOPIECE][us] >> moveFrom(move) & 1) && !(b.bb[NOPIECE][us] >> moveTo(move) & 1);
+}
+
+inline bool hasPieces(const board& b) {
+    const int8_t* count = b.pieceCount[(b.toMove + 1) / 2];
+    return count[KNIGHT] + count[BISHOP] + count[ROOK] + count[QUEEN] > 0;
+}
+
+}  // namespace
+
+bool isRepetition(const board& b) {
+    for (int k = 1; k <= b.fiftyMoves; k++) {
+        const int index = ((b.ply - k) % 150 + 150) % 150;
+        if (keyHistory[index] == b.boardKey) return true;
+    }
+    return false;
+}
+
+int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta, int sbNum) {
+    if (depth < 1) return quiescence(lastMove, b, alpha, beta);
+    if (searchStopped()) return timeUpScore;
+    if (sbNum != 0 && shared->splitBlocks[sbNum].stop) return blockStoppedScore;
+    nodes[0]++;
+
+    if (isRepetition(b)) return -50 * b.toMove;
+
+    const uint64_t key = b.boardKey;
+    const int hashScore = table->probeHash(key, depth, alpha, beta);
+    if (hashScore != hashtable::missValue) return hashScore;
+
+    if (tablebaseProbe && shared->enable_EGTB && countBits(b.occupied) <= 5 &&
+        (b.pieceOn[moveTo(lastMove)] != NOPIECE || b.ply - b.rootPly < 3)) {
+        int score;
+        if (tablebaseProbe(b, score)) return score;
+    }
+
+    const bool inCheck = b.inCheck();
+    const int alphaIn = alpha;
+    bool verificationPending = false;
+    if (b.nullMoves < 2 && !inCheck && hasPieces(b) && shared->enable_NMP && (!b.verification || depth >= 2)) {
+        board child = b;
+        child.makeMove(nullMove);
+        const int score = -alphaBeta(nullMove, child, depth - 4, -beta, -beta + 1, sbNum);
+        if (isAbort(score)) return -score;
+        if (score >= beta) {
+            if (!b.verification) return beta;
+            b.verification = 0;
+            verificationPending = true;
+            depth--;
+        }
+    }
+
+    int hashMove = static_cast<uint16_t>(table->probeBestMove(key));
+    if (hashMove == 0 && depth > 3) {
+        alphaBeta(lastMove, b, depth - 3, alpha, beta, sbNum);
+        hashMove = static_cast<uint16_t>(table->probeBestMove(key));
+    }
+    if (!plausibleMove(b, hashMove)) hashMove = 0;
+
+    moveGenerator picker;
+    picker.start(&b, hashMove);
+    const int side = (b.toMove + 1) / 2;
+    killerMoveTable& killers = shared->killers;
+    int legalMoves = 0;
+    int bestMove = 0;
+    int bound = hashtable::upperBound;
+
+    for (int move = hashMove ? hashMove : picker.getNextMove(); move != 0; move = picker.getNextMove()) {
+        board child = b;
+        child.makeMove(move);
+        if (child.isMoveIllegal(move)) continue;
+        legalMoves++;
+
+        const bool givesCheck = child.inCheck();
+        int extension = 0;
+        if (shared->enable_EXTENTIONS && (givesCheck || moveTo(move) == b.recaptureSq)) extension = 1;
+        const bool quiet = b.pieceOn[moveTo(move)] == NOPIECE;
+
+        int score;
+        if (shared->enable_FUTPRUN && !givesCheck && depth <= 2 &&
+            b.toMove * child.lazy + (depth == 1 ? 350 : 500) < alpha) {
+            score = alpha;
+        } else if (legalMoves == 1) {
+            score = -alphaBeta(move, child, depth + extension - 1, -beta, -alpha, sbNum);
+        } else {
+            const int reduction = shared->enable_LMP && depth >= 2 && !givesCheck && !inCheck && quiet &&
+                                  killers.getKillerMoveScore(move, b.ply, side) == 0;
+            score = -alphaBeta(move, child, depth + extension - 1 - reduction, -alpha - 1, -alpha, sbNum);
+            if (isAbort(score)) return -score;
+            if (reduction && score > alpha) {
+                score = -alphaBeta(move, child, depth - 1, -alpha - 1, -alpha, sbNum);
+                if (isAbort(score)) return -score;
+            }
+            if (score > alpha && score < beta)
+                score = -alphaBeta(move, child, depth + (extension > 0 ? extension : 0) - 1, -beta, -alpha, sbNum);
+        }
+
+        if (isAbort(score)) return -score;
+        if (score == mateScore) {
+            // The move mates; it goes in as a lower bound with the losing score.
+            table->recordHash(key, depth, b.rootPly, -mateScore, hashtable::lowerBound, move);
+            return mateScore;
+        }
+        if (score >= beta) {
+            table->recordHash(key, depth, b.rootPly, score, hashtable::lowerBound, move);
+            killers.storeKillerMove(move, score, b.ply, side, b.pieceOn[moveTo(move)]);
+            return beta;
+        }
+        if (score > alpha) {
+            alpha = score;
+            bestMove = move;
+            bound = hashtable::exactBound;
+            killers.storeKillerMove(move, score, b.ply, side, b.pieceOn[moveTo(move)]);
+        }
+    }
+
+    if (legalMoves == 0) return inCheck ? -mateScore : -50 * b.toMove;
+    if (verificationPending) {
+        b.nullMoves = 2;
+        b.verification = 1;
+        return alphaBeta(lastMove, b, depth + 1, alphaIn, beta, sbNum);
+    }
+    table->recordHash(key, depth, b.rootPly, alpha, bound, bestMove == 325 ? 0 : bestMove);
+    return alpha;
+}

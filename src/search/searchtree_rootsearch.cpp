@@ -1,0 +1,196 @@
+#include <cstdio>
+#include <cstring>
+
+#include "parallel/mutex.h"
+#include "search/searchtree.h"
+
+namespace {
+
+inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
+
+// Appends formatted text, cut at the end of the buffer.
+template <class... values>
+void append(char* out, int size, const char* format, values... v) {
+    const int length = static_cast<int>(strlen(out));
+    if (length < size - 1) snprintf(out + length, size - length, format, v...);
+}
+
+template <class... values>
+void printLocked(const char* format, values... v) {
+    mutex::waitIO();
+    printf(format, v...);
+    mutex::releaseIO();
+}
+
+}  // namespace
+
+void printMove(int move) {
+    char text[10];
+    moveToText(move, text);
+    printf("%s", text);
+}
+
+void searchtree::reportNodes() {
+    shared->nodeTotals[0] += nodes[0];
+    shared->nodeTotals[1] += nodes[1];
+    nodes[0] = nodes[1] = 0;
+}
+
+void searchtree::printThinking(const board& position, int firstMove, char* out, int size) const {
+    board b = position;
+    for (int move = firstMove, count = 0; move != 0 && count < 64; count++) {
+        if (isRepetition(b)) break;
+        char text[10];
+        moveToText(move, text);
+        append(out, size, "%s ", text);
+        b.makeMove(move);
+        move = static_cast<uint16_t>(table->probeBestMove(b.boardKey));
+        const int us = b.toMove == 1 ? WHITE : BLACK;
+        if (move != 0 && !(b.bb[NOPIECE][us] >> moveFrom(move) & 1)) break;
+    }
+    append(out, size, "%s", "\n");
+}
+
+void searchtree::printThinkingLine(const board& position, int depthShown, int score, int firstMove) {
+    if (!shared->postFlag) return;
+    reportNodes();
+    const long long n = shared->nodeTotals[0] + shared->nodeTotals[1];
+    const long long t = shared->timer1.getTimePassedBy() / 10;
+    if (printInvertedScore && position.toMove == -1) score = -score;
+    char line[1200] = "";
+    if (shared->outputMode != 1)
+        append(line, sizeof line, "info depth %d score cp %d time %lld nodes %lld nps %lld pv ", depthShown, score,
+               t, n, t ? n / t : 0);
+    else
+        append(line, sizeof line, " %d  %d  %lld  %lld ", depthShown, score, t, n);
+    printThinking(position, firstMove, line, sizeof line);
+    mutex::printLocked(line);
+}
+
+int searchtree::rootSearch(const board& position) {
+    shared->killers.reset();
+    nodes[0] = nodes[1] = 0;
+    shared->nodeTotals[0] = shared->nodeTotals[1] = 0;
+    shared->processState[processSlot] = 2;
+    board root = position;
+    root.rootPly = root.ply;
+    shared->rootPosition.store(root);
+
+    uint16_t legal[moveBufferSize];
+    root.generateLegalMoves(legal);
+    rootMoveCount = 0;
+    while (legal[rootMoveCount] != 0 && rootMoveCount < maxMovesPerList) {
+        rootList.moves[rootMoveCount] = legal[rootMoveCount];
+        rootList.setScore(rootMoveCount, 0);
+        rootMoveCount++;
+    }
+    rootList.moves[rootMoveCount] = 0;
+    memcpy(shared->rootMoves, rootList.moves, sizeof shared->rootMoves);
+
+    if (rootMoveCount == 0) return root.inCheck() ? checkmateSentinel : stalemateSentinel;
+    if (rootMoveCount == 1) return rootList.moves[0];
+
+    const bool uci = shared->outputMode != 1;
+    const bool post = shared->postFlag != 0;
+    int previous = root.evaluate(-16000, 16000);
+    int bestMove = rootList.moves[0];
+    int movesSearched = 0;
+    bool onlyFirstMove = false;
+    int d = 0;
+    for (;; d++) {
+        completedDepth = d + 1;
+        const int first = rootList.moves[0];
+        char text[10];
+        if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
+            moveToText(first, text);
+            printLocked("currmovenumber 1 currmove %s\n", text);
+        }
+        board child = root;
+        child.makeMove(first);
+        int score = -alphaBeta(first, child, d, -(previous + 100), 100 - previous, 0);
+        if (!isAbort(score) && (score >= previous + 100 || score <= previous - 100)) {
+            child = root;
+            child.makeMove(first);
+            score = -alphaBeta(first, child, d, -16000, 16000, 0);
+        }
+        if (shared->processCount > 0) {
+            mutex::waitMT();
+            shared->processState[shared->processCount - 1] = 1;
+            mutex::releaseMT();
+        }
+        if (isAbort(score) || searchStopped()) {
+            onlyFirstMove = true;
+            break;
+        }
+        bestMove = first;
+        movesSearched = 1;
+        shared->rootBestScore = score;
+        if (score == mateScore) {
+            if (post) mutex::printLocked(" winning move, break!\n");
+            break;
+        }
+        rootList.setScore(0, score);
+        int best = score;
+        printThinkingLine(root, d + 1, score, first);
+
+        for (int i = 1; i < rootMoveCount; i++) {
+            if (searchStopped() || best == mateScore) break;
+            const int move = rootList.moves[i];
+            if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
+                moveToText(move, text);
+                printLocked("currmovenumber %d currmove %s\n", i + 1, text);
+            }
+            child = root;
+            child.makeMove(move);
+            score = -alphaBeta(move, child, d, -best - 1, -best, 0);
+            if (!isAbort(score) && score > best) {
+                child = root;
+                child.makeMove(move);
+                score = -alphaBeta(move, child, d, -16000, 16000, 0);
+            }
+            if (isAbort(score)) {
+                rootList.setScore(i, abandonedMark);
+                break;
+            }
+            rootList.setScore(i, score);
+            movesSearched = i + 1;
+            if (score > best) {
+                best = score;
+                bestMove = move;
+                shared->rootBestScore = score;
+                printThinkingLine(root, d + 1, score, move);
+            }
+        }
+        rootList.sortAfterSearch(movesSearched);
+        previous = best;
+
+        if (searchStopped() || best == mateScore) break;
+        if (best == -mateScore) {
+            if (post) printLocked(" depth=%d all losing moves, break!\n", d + 1);
+            break;
+        }
+        shared->killers.resetKillers();
+        if (d >= shared->depthLimit) break;
+    }
+
+    mutex::waitIO();
+    if (post) {
+        if (onlyFirstMove) {
+            printf(" depth=%d only first move examined\n", d + 1);
+        } else {
+            printf(" depth=%d\n moves searched=%d", d + 1, movesSearched);
+            printf("pShared->allSearchprocesEnabled=%d\n", shared->allSearchprocesEnabled);
+            printf("pShared->timer1.timeIsUp()=%d\n", shared->timer1.timeIsUp() ? 1 : 0);
+        }
+    }
+    reportNodes();
+    const long long total = shared->nodeTotals[0] + shared->nodeTotals[1];
+    const int elapsed = shared->timer1.getTimePassedBy();
+    char text[10];
+    moveToText(bestMove, text);
+    printf(" Nodes=%lld\n", total);
+    if (elapsed > 0) printf(" average speed= %lld.kNPS  total time elapsed= %d\n", total / elapsed, elapsed);
+    printf(" foundmove=%s\n\n", text);
+    mutex::releaseIO();
+    return bestMove;
+}

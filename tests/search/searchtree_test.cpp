@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+
+#include "../board/testBoard.h"
+#include "game/timer.h"
+#include "search/localSearch.h"
+
+namespace {
+
+class Search : public ::testing::Test {
+protected:
+    static localSearch& engine() {
+        static localSearch instance(8);
+        return instance;
+    }
+    void SetUp() override {
+        sharedData& s = *engine().shared;
+        s.postFlag = 1;
+        s.outputMode = 1;
+        s.enable_NMP = s.enable_LMP = s.enable_FUTPRUN = s.enable_EXTENTIONS = 1;
+        s.allSearchprocesEnabled = 1;
+        engine().clearTables();
+    }
+    // Runs a search and returns what it printed.
+    std::string search(const char* fen, int depthLimit, int timeMs, localSearch::result& r) {
+        board b = boardFrom(fen);
+        testing::internal::CaptureStdout();
+        r = engine().run(b, depthLimit, timeMs);
+        return testing::internal::GetCapturedStdout();
+    }
+    int alphaBeta(board& b, int depth, int alpha, int beta) {
+        sharedData& s = *engine().shared;
+        s.timer1.allottedMs = 100000;
+        s.timer1.startTimer();
+        return engine().tree.alphaBeta(0, b, depth, alpha, beta, 0);
+    }
+};
+
+}  // namespace
+
+TEST_F(Search, MatesInOneTwoAndThreeScoreAsMate) {
+    const char* mates[] = {
+        "3k4/8/3K4/8/8/8/8/6R1 w - - 0 1",  // in 1, g1g8
+        "1k6/8/2K5/8/8/8/8/7R w - - 0 1",   // in 2
+        "8/8/8/8/8/2K5/8/k6R w - - 0 1",    // in 3
+    };
+    for (const char* fen : mates) {
+        localSearch::result r;
+        search(fen, 10, 100000, r);
+        EXPECT_EQ(r.score, 16000) << fen;
+        board b = boardFrom(fen);
+        b.makeMove(r.move);
+        EXPECT_FALSE(b.isMoveIllegal(r.move)) << fen;
+    }
+    localSearch::result r;
+    search(mates[0], 10, 100000, r);
+    EXPECT_EQ(moveText(r.move), "g1g8");
+}
+
+TEST_F(Search, AMateByTheFirstRootMoveBreaksTheSearch) {
+    // The only capture is the mate, so it leads the root list.
+    localSearch::result r;
+    const std::string out = search("r5k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1", 10, 100000, r);
+    EXPECT_EQ(moveText(r.move), "a1a8");
+    EXPECT_EQ(r.score, 16000);
+    EXPECT_NE(out.find(" winning move, break!\n depth=2\n moves searched=1"), std::string::npos) << out;
+    EXPECT_NE(out.find(" foundmove=a1a8\n\n"), std::string::npos) << out;
+}
+
+TEST_F(Search, RootWithoutMovesOrWithOneMoveAnswersAtOnce) {
+    localSearch::result r;
+    search("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", 10, 100000, r);
+    EXPECT_EQ(r.move, stalemateSentinel);
+    search("7k/6Q1/6K1/8/8/8/8/8 b - - 0 1", 10, 100000, r);
+    EXPECT_EQ(r.move, checkmateSentinel);
+    // Only a5-a4 is legal: no iteration, no thinking line, no statistics.
+    const std::string out = search("k7/2R5/8/p7/8/8/8/1R5K b - - 0 1", 10, 100000, r);
+    EXPECT_EQ(moveText(r.move), "a5a4");
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(r.nodes, 0);
+}
+
+TEST_F(Search, RepetitionAndStalemateScoreAsTheDrawScoreOfTheSideToMove) {
+    board b = boardFrom("4k3/8/8/8/8/8/8/R3K3 w - - 0 1");
+    play(b, "a1a2");
+    play(b, "e8d8");
+    play(b, "a2a1");
+    play(b, "d8e8");  // the start position again, white to move
+    EXPECT_EQ(alphaBeta(b, 3, -16000, 16000), -50);
+    play(b, "a1a2");
+    play(b, "e8d8");
+    play(b, "a2a1");  // black to move, repeated
+    EXPECT_EQ(alphaBeta(b, 3, -16000, 16000), 50);
+
+    board stalemate = boardFrom("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
+    EXPECT_EQ(alphaBeta(stalemate, 3, -16000, 16000), 50);
+    board mated = boardFrom("7k/6Q1/6K1/8/8/8/8/8 b - - 0 1");
+    EXPECT_EQ(alphaBeta(mated, 5, -16000, 16000), -16000);
+}
+
+TEST_F(Search, NoTimeStopsAtOnceAndTheAbortValueClimbsUnchanged) {
+    board b = boardFrom("r1bqkbnr/pppp1ppp/2n5/4p3/4P3/5N2/PPPP1PPP/RNBQKB1R w KQkq - 2 3");
+    sharedData& s = *engine().shared;
+    s.timer1.allottedMs = -1;
+    s.timer1.startTimer();
+    EXPECT_EQ(engine().tree.alphaBeta(0, b, 6, -16000, 16000, 0), -16300);
+    s.timer1.allottedMs = 100000;
+    s.allSearchprocesEnabled = 0;
+    EXPECT_EQ(engine().tree.alphaBeta(0, b, 6, -16000, 16000, 0), -16300);
+    s.allSearchprocesEnabled = 1;
+
+    // Time runs out in the middle: every level hands the same value up.
+    s.timer1.allottedMs = 20;
+    s.timer1.startTimer();
+    EXPECT_EQ(engine().tree.alphaBeta(0, b, 40, -16000, 16000, 0), -16300);
+
+    // A root search with no time still plays a legal move after depth 1.
+    localSearch::result r;
+    const std::string out = search("r1bqkbnr/pppp1ppp/2n5/4p3/4P3/5N2/PPPP1PPP/RNBQKB1R w KQkq - 2 3", 60, -1, r);
+    EXPECT_NE(r.move, 0);
+    EXPECT_NE(out.find(" only first move examined\n"), std::string::npos) << out;
+}
+
+TEST_F(Search, NullMoveIsNotTriedInCheckOrWithPawnsOnly) {
+    // Same node counts with the null move switched off show it was never tried.
+    const char* positions[] = {
+        "8/5k2/3p4/2pP4/2P5/4K3/8/8 w - - 0 1",       // pawns only
+        "4k3/8/8/8/8/8/4q3/R3K3 w - - 0 1",           // white in check
+    };
+    for (const char* fen : positions) {
+        localSearch::result on, off;
+        search(fen, 5, 100000, on);
+        engine().shared->enable_NMP = 0;
+        engine().clearTables();
+        search(fen, 5, 100000, off);
+        engine().shared->enable_NMP = 1;
+        engine().clearTables();
+        EXPECT_EQ(on.nodes, off.nodes) << fen;
+    }
+}
+
+TEST_F(Search, QuiescenceSkipsCapturesThatLoseMaterial) {
+    // The queen can take a pawn defended by a pawn: not searched, one node.
+    board defended = boardFrom("4k3/2p5/3p4/8/8/8/8/3QK3 w - - 0 1");
+    engine().tree.nodes[1] = 0;
+    engine().tree.quiescence(0, defended, -16000, 16000);
+    EXPECT_EQ(engine().tree.nodes[1], 1);
+    // The same pawn undefended is taken: the capture is one more node.
+    board hanging = boardFrom("4k3/8/3p4/8/8/8/8/3QK3 w - - 0 1");
+    engine().tree.nodes[1] = 0;
+    engine().tree.quiescence(0, hanging, -16000, 16000);
+    EXPECT_EQ(engine().tree.nodes[1], 2);
+    // Standing pat at beta returns beta without generating anything.
+    engine().tree.nodes[1] = 0;
+    EXPECT_EQ(engine().tree.quiescence(0, hanging, -16000, -15000), -15000);
+    EXPECT_EQ(engine().tree.nodes[1], 1);
+}
+
+TEST_F(Search, ThinkingLinesGiveTimeInHundredthsAndNodesPerHundredth) {
+    board b = boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1");
+    sharedData& s = *engine().shared;
+    searchtree& tree = engine().tree;
+    const int move = b.convertMovestringToInt("e2e4");
+    for (int mode : {2, 1}) {
+        s.outputMode = mode;
+        s.nodeTotals[0] = s.nodeTotals[1] = 0;
+        tree.nodes[0] = 30000;
+        tree.nodes[1] = 20000;
+        s.timer1.startMs = get_ms() - 25;  // 25..29 ms still gives 2 hundredths
+        testing::internal::CaptureStdout();
+        tree.printThinkingLine(b, 3, 41, move);
+        const std::string line = testing::internal::GetCapturedStdout();
+        if (mode == 2) EXPECT_EQ(line, "info depth 3 score cp 41 time 2 nodes 50000 nps 25000 pv e2e4 \n");
+        else EXPECT_EQ(line, " 3  41  2  50000 e2e4 \n");
+    }
+    // Black to move with the inverted score shows White's view.
+    board black = boardFrom("4k3/4p3/8/8/8/8/8/4K3 b - - 0 1");
+    tree.printInvertedScore = true;
+    testing::internal::CaptureStdout();
+    tree.printThinkingLine(black, 1, 41, black.convertMovestringToInt("e7e5"));
+    EXPECT_EQ(testing::internal::GetCapturedStdout().substr(0, 5), " 1  -");
+    tree.printInvertedScore = false;
+}
