@@ -6,6 +6,7 @@
 #include "board/zorbicKeyset.h"
 
 class killerMoveTable;
+class evalHashtable;
 
 enum pieceType : int { PAWN = 0, KNIGHT = 1, BISHOP = 2, ROOK = 3, QUEEN = 4, KING = 5, NOPIECE = 6 };
 enum colour : int { WHITE = 0, BLACK = 1 };
@@ -51,6 +52,10 @@ public:
     static slidingMovesGenerator smg;
     static zorbicKeyset zKeyset;
     static killerMoveTable* killers;
+    // The evaluation cache the evaluation probes and fills; none when null.
+    static evalHashtable* evalCache;
+    // Positional part of the last full evaluation in this process.
+    static int lastPositionalScore;
 
     // Reads the piece values, builds the program-wide tables and sets up the
     // start position. A given killer table becomes the one the move
@@ -61,7 +66,25 @@ public:
     void setupPosition(const char* fen);
     void getFen(char* out) const;  // at most 100 characters
     void printBoard() const;
+    // Static score for the side to move; alpha or beta themselves when the
+    // position is clearly outside them.
     int evaluate(int alpha, int beta);
+
+    // Terms of the evaluation, from White's view. The attack-set array holds
+    // per colour the attacks of its pawns, knights, bishops, rooks and queens
+    // (slots PAWN..QUEEN) and the squares next to its king and in front of
+    // them (KING, KING_FRONT); evaluateRooks and evaluateQueens fill their own
+    // slots and add to the attack units against each king.
+    static constexpr int KING_FRONT = 6;
+    int evaluatePassedPawns(uint64_t passed, uint64_t attackedByBlack, uint64_t attackedByWhite) const;
+    int evaluateHiddenPassedPawns(uint64_t passed, uint64_t candidates) const;
+    int evaluateRooks(uint64_t (&attacks)[2][7], int& unitsAgainstWhite, int& unitsAgainstBlack) const;
+    int evaluateQueens(uint64_t (&attacks)[2][7], int& unitsAgainstWhite, int& unitsAgainstBlack) const;
+    // Can an enemy pawn attack the piece on square with its next move? side 1 = a White piece.
+    bool drivenAwayByPawn(int square, int side) const;
+    // Pawn shelter of a king standing or imagined on the square.
+    int calculatePStructW(int kingSquare) const;
+    int calculatePStructB(int kingSquare) const;
 
     void generateCaptureMoves(uint16_t* buffer) const;
     void generateNonCaptureMoves(uint16_t* buffer) const;
@@ -69,6 +92,8 @@ public:
     void makeMove(int move);
     bool isMoveIllegal(int move) const;
     bool printGameEndedMessage() const;
+    // The result line when the game has ended, else null.
+    const char* gameEndedMessage() const;
     int convertMovestringToInt(const char* text) const;
 
     // Is the square attacked by pieces of the given bitboard colour?

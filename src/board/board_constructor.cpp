@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "board/board.h"
+#include "eval/evalTables.h"
 #include "search/killerMoveTable.h"
 #include "shell/settingsFile.h"
 
@@ -101,6 +102,7 @@ static void buildTables() {
             unstoppablePawn[p][k][3] = dUp > mW - 1;
         }
     }
+    buildEvalTables();
 }
 
 board::board(killerMoveTable* killerTable) {

@@ -57,30 +57,23 @@ int board::convertMovestringToInt(const char* text) const {
 
 static int historyIndex(int ply) { return ((ply % 150) + 150) % 150; }
 
-bool board::printGameEndedMessage() const {
+const char* board::gameEndedMessage() const {
     if (fiftyMoves > 0) {
         const uint64_t current = keyHistory[historyIndex(ply)];
         bool seenOnce = false;
         for (int back = 1; back <= fiftyMoves; back++) {
             if (keyHistory[historyIndex(ply - back)] != current) continue;
-            if (seenOnce) {
-                printf("1/2-1/2 {draw by triple repetition}\n");
-                return true;
-            }
+            if (seenOnce) return "1/2-1/2 {draw by triple repetition}\n";
             seenOnce = true;
         }
-        if (fiftyMoves >= 100) {
-            printf("1/2-1/2 {50 moves rule}\n");
-            return true;
-        }
+        if (fiftyMoves >= 100) return "1/2-1/2 {50 moves rule}\n";
     }
 
     uint16_t legal[moveBufferSize];
     generateLegalMoves(legal);
     if (legal[0] == 0) {
-        if (!inCheck()) printf("1/2-1/2 {stalemate}\n");
-        else printf(toMove == 1 ? "0-1 {black mates}\n" : "1-0 {white mates}\n");
-        return true;
+        if (!inCheck()) return "1/2-1/2 {stalemate}\n";
+        return toMove == 1 ? "0-1 {black mates}\n" : "1-0 {white mates}\n";
     }
 
     const int pieces = countBits(occupied);
@@ -88,11 +81,13 @@ bool board::printGameEndedMessage() const {
     bool drawn = pieces == 2 || (pieces == 3 && minors);
     if (pieces == 4 && bb[BISHOP][WHITE] && bb[BISHOP][BLACK])
         drawn = findFirstBit(bb[BISHOP][WHITE]) % 2 == findFirstBit(bb[BISHOP][BLACK]) % 2;
-    if (drawn) {
-        printf("1/2-1/2 {insufficient Material}\n");
-        return true;
-    }
-    return false;
+    return drawn ? "1/2-1/2 {insufficient Material}\n" : nullptr;
+}
+
+bool board::printGameEndedMessage() const {
+    const char* message = gameEndedMessage();
+    if (message) printf("%s", message);
+    return message != nullptr;
 }
 
 void board::printBoard() const {

@@ -95,6 +95,9 @@ void board::setupPosition(const char* fen) {
     totalMat = wMat + bMat;
     lazy = wMat - bMat;
     positionalScore = 0;
+    // Brings the evaluation's own fields up to date. The key is still the
+    // previous position's, so a cache store lands under that key.
+    evaluate(-16000, 16000);
 
     computeKey();
     for (int i = 0; i < 150; i++) keyHistory[i] = i;

@@ -1,12 +1,15 @@
 // libFuzzer target: arbitrary text goes through the FEN reader, and the
 // resulting position, however broken, through the FEN writer, the move
-// generators, makeMove, the legality test and the game-end test. Besides the
-// sanitizers it checks two properties:
+// generators, makeMove, the legality test, the game-end test and the static
+// evaluation. Besides the sanitizers it checks three properties:
 //  - reading back what getFen wrote gives the same position and key;
 //  - in an ordinary position (one king each, the side that just moved not in
 //    check, castling rights and en-passant square backed by the right pieces),
 //    every legal move leaves the board equal to the same position read fresh
-//    from its FEN, i.e. makeMove's incremental updates match a full rebuild.
+//    from its FEN, i.e. makeMove's incremental updates match a full rebuild;
+//  - the evaluation of any board, also one a pseudo-legal move corrupted,
+//    gives the same full score twice in a row, and inside a narrow window
+//    either that score or one of the window's bounds.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -117,6 +120,25 @@ bool isOrdinaryPosition(const board& b) {
     return true;
 }
 
+// Bounds no score reaches, not even with 62 queens.
+constexpr int noBound = 1000000;
+
+void checkEvaluation(board b, const char* what) {
+    const int full = b.evaluate(-noBound, noBound);
+    bool consistent = b.evaluate(-noBound, noBound) == full;
+    for (int alpha : {full - 300, full - 25, full + 200}) {
+        const int value = b.evaluate(alpha, alpha + 50);
+        consistent = consistent && (value == full || value == alpha || value == alpha + 50);
+    }
+    if (!consistent) {
+        char fen[128];
+        writeFen(b, fen);
+        char message[96];
+        std::snprintf(message, sizeof message, "%s: the evaluation is not consistent", what);
+        fail(message, fen);
+    }
+}
+
 void exercisePseudoLegalMoves(const board& b) {
     uint16_t captures[moveBufferSize];
     uint16_t quiets[moveBufferSize];
@@ -127,6 +149,7 @@ void exercisePseudoLegalMoves(const board& b) {
             board next = b;
             next.makeMove(list[i]);
             (void)next.isMoveIllegal(list[i]);
+            checkEvaluation(next, "after a pseudo-legal move");
         }
     }
 }
@@ -138,6 +161,7 @@ void exerciseLegalMoves(const board& b) {
     for (int i = 0; i < moveBufferSize && legal[i]; i++) {
         board next = b;
         next.makeMove(legal[i]);
+        checkEvaluation(next, "after a legal move");
         (void)next.printGameEndedMessage();
         (void)next.inCheck();
         char after[128];
@@ -192,6 +216,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     char fen[128];
     writeFen(b, fen);
     expectSameAsReparsed(b, "after setupPosition");
+    checkEvaluation(b, "after setupPosition");
 
     exercisePseudoLegalMoves(b);
     exerciseLegalMoves(b);
