@@ -59,7 +59,7 @@ bool namedEvent::wait(int timeoutMs) {
     shared* object = static_cast<shared*>(mapping.view);
     const timespec deadline = monotonicDeadline(timeoutMs < 0 ? 0 : timeoutMs);
     lockRobust(&object->lock);
-    while (!object->signalled) {
+    while (!object->signalled && timeoutMs != 0) {
         const int result = timeoutMs < 0 ? pthread_cond_wait(&object->condition, &object->lock)
                                          : pthread_cond_timedwait(&object->condition, &object->lock, &deadline);
         if (result == EOWNERDEAD) pthread_mutex_consistent(&object->lock);

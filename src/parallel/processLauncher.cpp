@@ -45,8 +45,7 @@ void dieWithParent() {
     if (tag && getppid() != static_cast<pid_t>(std::atoi(tag))) _exit(0);
 }
 
-void startRoleProcesses(int count, sharedData* shared) {
-    pid_t children[maxProcesses];
+int startRoleProcesses(int count, sharedData* shared, int* children) {
     int started = 0;
     for (int role = 0; role < count && role < maxProcesses; role++) {
         const int pid = startRoleProcess(role);
@@ -63,6 +62,7 @@ void startRoleProcesses(int count, sharedData* shared) {
         }
     }
     removeInstanceObjects();
+    return started;
 }
 
 void announceReady(sharedData* shared) {

@@ -9,6 +9,8 @@
 // What every searching process (the search process and the slaves) holds:
 // its number, the transposition table, its tablebase settings, and the events
 // and split-block mutexes of the parallel search.
+class searchtree;
+
 class searchProcess {
 public:
     int processNumber;
@@ -16,7 +18,6 @@ public:
     int nalimovCacheMB;
     int printInvertedScore;
     char egtbPath[1000];
-    int64_t nodes[2] = {0, 0};  // alphaBeta and quiescence nodes since the last report
 
     namedEvent slaveAvailable;
     namedEvent slaveAvailable2;
@@ -29,4 +30,8 @@ public:
     // when objectsExist, else created.
     searchProcess(const char* instance, int processNumber, int processCount, bool tableExists, bool objectsExist,
                   int retryMs = 100);
+
+    // A slave's life: wait for a split block, search its moves one at a time
+    // for the block's owner, report, and wait again until the engine ends.
+    void slaveStandBy(searchtree& tree, sharedData& shared);
 };

@@ -73,7 +73,7 @@ struct sharedData {
     positionImage rootPosition;
     int32_t rootBestScore;
     int32_t rootMoveNumber;
-    int32_t depthLimit;
+    int32_t rootDepth;       // iteration being searched, as printed
 
     // search switches
     int32_t enable_EGTB;

@@ -22,7 +22,7 @@ void localSearch::clearTables() {
 }
 
 localSearch::result localSearch::run(const board& position, int depthLimit, int timeMs) {
-    shared->depthLimit = depthLimit;
+    shared->maxDepth = depthLimit;
     shared->timer1.allottedMs = timeMs;
     shared->timer1.startTimer();
     shared->rootBestScore = 0;

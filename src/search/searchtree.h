@@ -12,6 +12,9 @@ inline constexpr int blockStoppedScore = 16302;
 inline constexpr int stalemateSentinel = 195;
 inline constexpr int checkmateSentinel = 130;
 
+class moveGenerator;
+class searchProcess;
+
 // The search of one engine process: iterative deepening at the root, the
 // fail-hard alpha-beta below it and the capture search at its leaves. Shared
 // state (clock, switches, killers, node totals) lives in the shared record.
@@ -20,6 +23,7 @@ public:
     sharedData* shared;
     hashtable* table;
     int processSlot;         // this process's index among the engine processes
+    searchProcess* process = nullptr;  // events and block mutexes; none in a single-process search
     bool printInvertedScore; // thinking scores from White's view
     int64_t nodes[2] = {0, 0};  // alphaBeta and quiescence nodes since the last report
     // Set when tablebases are loaded: true and a score on a hit.
@@ -41,6 +45,17 @@ public:
     void printThinkingLine(const board& position, int depthShown, int score, int firstMove);
 
 private:
+    static constexpr int noSplit = 32000;  // no score: the node goes on serially
+
+    // One move of a node, with extension, futility, reduction and re-searches.
+    int searchMove(const board& node, board& child, int move, int depth, int alpha, int beta, bool inCheck, bool first,
+                   int sbNum);
+    // Hands the node's remaining moves to idle processes and searches them
+    // together; the node's result, or noSplit when nobody could be claimed.
+    int split(int lastMove, board& node, int depth, int alpha, int beta, moveGenerator& picker, int bestMove, int bound,
+              bool inCheck);
+    int alphaBetaMaster(int blockNumber, board& node, int depth, int alpha, int beta, int bestMove, int bound,
+                        bool inCheck);
     bool searchStopped() const { return shared->timer1.timeIsUp() || shared->allSearchprocesEnabled == 0; }
     void reportNodes();
 };

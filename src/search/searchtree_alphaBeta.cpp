@@ -1,4 +1,4 @@
-#include "parallel/mutex.h"
+#include "parallel/searchProcess.h"
 #include "search/moveGenerator.h"
 #include "search/searchtree.h"
 
@@ -26,6 +26,28 @@ bool isRepetition(const board& b) {
         if (keyHistory[index] == b.boardKey) return true;
     }
     return false;
+}
+
+int searchtree::searchMove(const board& node, board& child, int move, int depth, int alpha, int beta, bool inCheck,
+                           bool first, int sbNum) {
+    const bool givesCheck = child.inCheck();
+    const int extension = shared->enable_EXTENTIONS && (givesCheck || moveTo(move) == node.recaptureSq);
+    if (shared->enable_FUTPRUN && !givesCheck && depth <= 2 &&
+        node.toMove * child.lazy + (depth == 1 ? 350 : 500) < alpha)
+        return alpha;
+    if (first) return -alphaBeta(move, child, depth + extension - 1, -beta, -alpha, sbNum);
+
+    const int reduction = shared->enable_LMP && depth >= 2 && !givesCheck && !inCheck &&
+                          node.pieceOn[moveTo(move)] == NOPIECE &&
+                          shared->killers.getKillerMoveScore(move, node.ply, (node.toMove + 1) / 2) == 0;
+    int score = -alphaBeta(move, child, depth + extension - 1 - reduction, -alpha - 1, -alpha, sbNum);
+    if (isAbort(score)) return score;
+    if (reduction && score > alpha) {
+        score = -alphaBeta(move, child, depth - 1, -alpha - 1, -alpha, sbNum);
+        if (isAbort(score)) return score;
+    }
+    if (score > alpha && score < beta) score = -alphaBeta(move, child, depth + extension - 1, -beta, -alpha, sbNum);
+    return score;
 }
 
 int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta, int sbNum) {
@@ -82,31 +104,7 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
         child.makeMove(move);
         if (child.isMoveIllegal(move)) continue;
         legalMoves++;
-
-        const bool givesCheck = child.inCheck();
-        int extension = 0;
-        if (shared->enable_EXTENTIONS && (givesCheck || moveTo(move) == b.recaptureSq)) extension = 1;
-        const bool quiet = b.pieceOn[moveTo(move)] == NOPIECE;
-
-        int score;
-        if (shared->enable_FUTPRUN && !givesCheck && depth <= 2 &&
-            b.toMove * child.lazy + (depth == 1 ? 350 : 500) < alpha) {
-            score = alpha;
-        } else if (legalMoves == 1) {
-            score = -alphaBeta(move, child, depth + extension - 1, -beta, -alpha, sbNum);
-        } else {
-            const int reduction = shared->enable_LMP && depth >= 2 && !givesCheck && !inCheck && quiet &&
-                                  killers.getKillerMoveScore(move, b.ply, side) == 0;
-            score = -alphaBeta(move, child, depth + extension - 1 - reduction, -alpha - 1, -alpha, sbNum);
-            if (isAbort(score)) return -score;
-            if (reduction && score > alpha) {
-                score = -alphaBeta(move, child, depth - 1, -alpha - 1, -alpha, sbNum);
-                if (isAbort(score)) return -score;
-            }
-            if (score > alpha && score < beta)
-                score = -alphaBeta(move, child, depth + (extension > 0 ? extension : 0) - 1, -beta, -alpha, sbNum);
-        }
-
+        const int score = searchMove(b, child, move, depth, alpha, beta, inCheck, legalMoves == 1, sbNum);
         if (isAbort(score)) return -score;
         if (score == mateScore) {
             // The move mates; it goes in as a lower bound with the losing score.
@@ -123,6 +121,11 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
             bestMove = move;
             bound = hashtable::exactBound;
             killers.storeKillerMove(move, score, b.ply, side, b.pieceOn[moveTo(move)]);
+        }
+        if (depth > 4 && sbNum == 0 && process != nullptr && !verificationPending && shared->processCount > 1 &&
+            process->slaveAvailable.wait(0)) {
+            const int result = split(lastMove, b, depth, alpha, beta, picker, bestMove, bound, inCheck);
+            if (result != noSplit) return result;
         }
     }
 

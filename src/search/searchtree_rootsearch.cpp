@@ -99,6 +99,8 @@ int searchtree::rootSearch(const board& position) {
     int d = 0;
     for (;; d++) {
         completedDepth = d + 1;
+        shared->rootDepth = d + 1;
+        shared->rootMoveNumber = 1;
         const int first = rootList.moves[0];
         char text[10];
         if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
@@ -136,6 +138,7 @@ int searchtree::rootSearch(const board& position) {
         for (int i = 1; i < rootMoveCount; i++) {
             if (searchStopped() || best == mateScore) break;
             const int move = rootList.moves[i];
+            shared->rootMoveNumber = i + 1;
             if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
                 moveToText(move, text);
                 printLocked("currmovenumber %d currmove %s\n", i + 1, text);
@@ -170,7 +173,7 @@ int searchtree::rootSearch(const board& position) {
             break;
         }
         shared->killers.resetKillers();
-        if (d >= shared->depthLimit) break;
+        if (d >= shared->maxDepth) break;
     }
 
     mutex::waitIO();

@@ -49,7 +49,8 @@ static int engineProcess(int roles) {
     hashtable table(instanceName());
     namedEvent start;
     openStartEvent(start, false);
-    startRoleProcesses(roles, shared.data);
+    int pids[maxProcesses];
+    startRoleProcesses(roles, shared.data, pids);
     printf("ready %s\n", instanceName());
     fflush(stdout);
     std::string line;

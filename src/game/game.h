@@ -1,0 +1,90 @@
+#pragma once
+#include <cstdint>
+#include <memory>
+
+#include "board/board.h"
+#include "book/book.h"
+#include "eval/evalHashtable.h"
+#include "parallel/namedEvent.h"
+#include "parallel/sharedData.h"
+#include "search/hashtable.h"
+
+inline constexpr int searchAndPlay = 1;
+inline constexpr int ponderWithGuess = 2;
+inline constexpr int ponderAsItStands = 3;
+inline constexpr int tuneCommand = 4;
+inline constexpr int tuneLECommand = 5;
+inline constexpr int epdCommand = 6;
+
+// The engine as the protocol loops drive it, in the user-interface process.
+// It never searches itself: it posts commands to the search process (role
+// "0") through the shared record and two events, and that process prints
+// the engine's moves.
+class game {
+public:
+    namedEvent startSearch;
+    namedEvent searchEnded;
+    int32_t engineActive;
+    int32_t processCount;
+    char setupFen[100];
+    book openingBook;
+    evalHashtable evalCache;
+    sharedDataMapping sharedOwner;
+    sharedData* shared;
+    board position;
+    int32_t searchState;  // 0 idle, 1 a search or analysis posted, 3 a UCI ponder search
+    hashtable table;
+
+    explicit game(const char* instance);
+    ~game();
+    game(const game&) = delete;
+    game& operator=(const game&) = delete;
+
+    int makeMove(const char* text);
+    int thinkAndMakeBestMove();
+    void setupStartPosition();
+    void setupPosition(const char* fen);
+    void undoMove();
+    void setSideToMove(int side);
+    void associateEngineWithSide(int side) { shared->clock.associateEngineWithSide(side); }
+    void setClock(int moves, int baseMs, int incrementMs);
+    void stopClock() { shared->clock.stopClock(); }
+    void setTimeWhite(int ms) { shared->clock.setTimeWhite(ms); }
+    void setTimeBlack(int ms) { shared->clock.setTimeBlack(ms); }
+    void setPonderingActive() { shared->ponderingActive = 1; }
+    void setPonderingInactive() { shared->ponderingActive = 0; }
+    void setUciOption(int id, int value);
+    void resetHash();
+    void startPonderingCurrentPosition();
+    void startPondering();
+    void stopPondering();
+    void moveNow();
+    void playOther();
+    void giveHint();
+    void postAnalyzeInfo();
+    // The engine plays both sides at a fixed time a move until the game ends.
+    void autoPlay();
+    void tune() { postJob(tuneCommand); }
+    void tuneLE() { postJob(tuneLECommand); }
+    void benchEpd() { postJob(epdCommand); }
+
+    void bench(int depth, int timeMs);
+    void benchSpeed(int depth);
+    // One search of the current position by the search process, waited for.
+    void benchCurrentPosition(int timeMs);
+
+    // The engine move the search process played, taken over onto this board.
+    void takeOverPendingMove();
+
+    // The loop of the search process (role "0"); returns when the engine ends.
+    static int runSearchProcess();
+
+private:
+    void postSearch(int command);
+    void postJob(int command);
+    void recordMove(int move);
+};
+
+// "move e2e4" or "bestmove e2e4 ponder e7e5", under the I/O mutex; after is
+// the position after the move.
+void printEngineMove(const sharedData& shared, const hashtable& table, int move, const board& after);

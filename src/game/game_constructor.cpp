@@ -1,0 +1,79 @@
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "game/game.h"
+#include "parallel/processLauncher.h"
+#include "shell/settingsFile.h"
+
+namespace {
+
+int rolePids[maxProcesses];
+int roleCount = 0;
+
+}  // namespace
+
+game::game(const char* instance)
+    : evalCache(instance), sharedOwner(instance, false), shared(sharedOwner.data), position(shared ? &shared->killers : nullptr),
+      table(instance) {
+    if (shared == nullptr) exit(1);  // nothing works without the record; the message is out
+    board::evalCache = &evalCache;
+    setupStartPosition();
+    shared->ponderingActive = 0;
+    engineActive = 1;
+    searchState = 0;
+    shared->clock.setClock(1, 1000, 0);
+    shared->maxDepth = 35;
+    shared->postFlag = 1;
+    shared->searchLoopRunFlag = 1;
+    shared->runFlag = 1;
+    shared->searchCommand = 0;
+    shared->outputMode = 1;
+    shared->allSearchprocesEnabled = 1;
+    shared->enable_EGTB = shared->enable_NMP = shared->enable_LMP = 1;
+    shared->enable_FUTPRUN = shared->enable_EXTENTIONS = shared->enable_BOOK = 1;
+    for (splitBlock& block : shared->splitBlocks) block.owner = freeSplitBlock;
+    char name[160];
+    objectName(name, sizeof name, "handleStartSearch", instance);
+    startSearch.create(name);
+    objectName(name, sizeof name, "handleSearchEnded", instance);
+    searchEnded.create(name);
+
+    processCount = 1;
+    gameSettings settings;
+    readGameSettings(settingsFileName, settings);
+    openingBook.setPath(settings.bookPath);
+    openingBook.bookBestMoveOnly = settings.bookBestMoveOnly;
+    shared->ponderingActive = settings.pondering;
+    shared->enable_EGTB = settings.enableEGTB;
+    shared->enable_NMP = settings.enableNMP;
+    shared->enable_LMP = settings.enableLMP;
+    shared->enable_FUTPRUN = settings.enableFUTPRUN;
+    shared->enable_BOOK = settings.enableBOOK;
+    shared->enable_EXTENTIONS = settings.enableEXTENTIONS;
+    processCount = settings.processCount;
+    shared->processCount = processCount;
+    roleCount = startRoleProcesses(processCount, shared, rolePids);
+}
+
+game::~game() {
+    shared->searchLoopRunFlag = 0;
+    shared->runFlag = 0;
+    shared->timer1.allottedMs = 0;
+    startSearch.set();
+    // Let the search process finish its output and leave; it is killed with
+    // this process anyway, so the wait is bounded.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+    int left = roleCount;
+    while (left > 0 && std::chrono::steady_clock::now() < deadline) {
+        for (int i = 0; i < roleCount; i++)
+            if (rolePids[i] > 0 && waitpid(rolePids[i], nullptr, WNOHANG) == rolePids[i]) {
+                rolePids[i] = 0;
+                left--;
+            }
+        if (left > 0) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+}

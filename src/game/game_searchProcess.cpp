@@ -1,0 +1,118 @@
+#include <cstdio>
+
+#include "game/game.h"
+#include "game/timer.h"
+#include "parallel/instance.h"
+#include "parallel/mutex.h"
+#include "parallel/processLauncher.h"
+#include "parallel/searchProcess.h"
+#include "search/searchtree.h"
+
+namespace {
+
+bool isLegal(const board& position, int move) {
+    uint16_t legal[moveBufferSize];
+    position.generateLegalMoves(legal);
+    for (int i = 0; legal[i]; i++)
+        if (legal[i] == move) return true;
+    return false;
+}
+
+bool isSentinel(int move) { return move == checkmateSentinel || move == stalemateSentinel; }
+
+// The background search: on the position after the table's guess of the
+// opponent's reply (command 2), or on the position as it stands (3).
+void ponder(sharedData& shared, searchtree& tree, const board& position, int command) {
+    if (!shared.ponderingActive || command == 0) return;
+    board pondered = position;
+    int guess = 0;
+    if (command != ponderAsItStands) {
+        guess = static_cast<uint16_t>(tree.table->probeBestMove(position.boardKey));
+        if (guess && isLegal(position, guess)) pondered.makeMove(guess);
+        else guess = 0;
+    }
+    mutex::waitIO();
+    if (guess) {
+        char text[10];
+        moveToText(guess, text);
+        printf("===== Start Pondering moveGuess=%s=====\n", text);
+    } else {
+        printf("===== Start Pondering: no ponderingmove, start filling table =====\n");
+    }
+    mutex::releaseIO();
+    shared.ponderResultMove = 0;
+    shared.ponderKey = pondered.boardKey;
+    shared.ponderStartTime = get_ms();
+    shared.timer1.allottedMs = 10000000;
+    shared.timer1.startTimer();
+    const int best = tree.rootSearch(pondered);
+    if (!isSentinel(best)) shared.ponderResultMove = static_cast<uint16_t>(best);
+}
+
+// The engine's move is played on this process's board, reported to the
+// user-interface process and printed.
+void playSearchResult(sharedData& shared, searchtree& tree, board& position, int move) {
+    if (isSentinel(move)) {
+        // No legal move: a UCI front end still waits for an answer.
+        if (shared.outputMode == 2) mutex::printLocked("bestmove 0000\n");
+        return;
+    }
+    shared.pendingEngineMove = static_cast<uint16_t>(move);
+    shared.moveHistory[position.ply % 1000] = static_cast<uint16_t>(move);
+    position.makeMove(move);
+    printEngineMove(shared, *tree.table, move, position);
+    mutex::waitIO();
+    const bool over = position.printGameEndedMessage();
+    if (shared.postFlag) position.printBoard();
+    mutex::releaseIO();
+    if (over) {
+        shared.clock.stopClock();
+        return;
+    }
+    shared.clock.startClock(1);
+    if (shared.outputMode != 2) ponder(shared, tree, position, shared.searchCommand);
+}
+
+}  // namespace
+
+int game::runSearchProcess() {
+    const char* instance = instanceName();
+    mutex::init(instance, true);
+    // Declared so that teardown goes table, record, cache.
+    evalHashtable evalCache(instance, true);
+    sharedDataMapping sharedOwner(instance, true);
+    sharedData* shared = sharedOwner.data;
+    if (shared == nullptr) return 1;
+    searchProcess process(instance, 0, shared->processCount, true, false);
+    board position(&shared->killers);
+    board::evalCache = &evalCache;
+    searchtree tree(shared, &process.table, 0, process.printInvertedScore != 0);
+    tree.process = &process;
+    char name[160];
+    namedEvent startSearch, searchEnded;
+    objectName(name, sizeof name, "handleStartSearch", instance);
+    startSearch.openWhenCreated(name);
+    objectName(name, sizeof name, "handleSearchEnded", instance);
+    searchEnded.openWhenCreated(name);
+    announceReady(shared);
+
+    while (shared->searchLoopRunFlag) {
+        startSearch.wait(-1);
+        if (!shared->searchLoopRunFlag) break;
+        shared->searchPosition.load(position);
+        const int command = shared->searchCommand;
+        if (command == ponderWithGuess || command == ponderAsItStands) {
+            shared->pendingEngineMove = 0;
+            ponder(*shared, tree, position, command);
+        } else if (command < tuneCommand || command > epdCommand) {
+            const int move = tree.rootSearch(position);
+            // A stop in the meantime discards the result.
+            if (shared->searchCommand != 0) playSearchResult(*shared, tree, position, move);
+        }
+        searchEnded.set();
+    }
+    // Waiting slaves wake, find the run flag cleared and leave.
+    shared->runFlag = 0;
+    for (int n = 1; n < shared->processCount && n < maxProcesses; n++) process.startSlave[n].set();
+    return 0;
+}

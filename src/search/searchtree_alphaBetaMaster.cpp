@@ -1,0 +1,181 @@
+#include <cstdio>
+
+#include "parallel/mutex.h"
+#include "parallel/searchProcess.h"
+#include "search/moveGenerator.h"
+#include "search/searchtree.h"
+
+namespace {
+
+inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
+
+}  // namespace
+
+int searchtree::split(int lastMove, board& node, int depth, int alpha, int beta, moveGenerator& picker, int bestMove,
+                      int bound, bool inCheck) {
+    const int stageBefore = picker.stage;
+    mutex::waitMT();
+    int claimed[maxProcesses];
+    int count = 0;
+    for (int p = 0; p < shared->processCount && p < maxProcesses; p++) {
+        if (p != processSlot && shared->processState[p] == 1) {
+            shared->processState[p] = 2;
+            claimed[count++] = p;
+        }
+    }
+    if (count == 0) {
+        mutex::releaseMT();
+        return noSplit;
+    }
+    int blockNumber = 0;
+    for (int n = 2; n < splitBlockCount && blockNumber == 0; n++) {
+        mutex::waitWithHandle(process->splitBlockMutex[n]);
+        if (shared->splitBlocks[n].owner == freeSplitBlock) blockNumber = n;
+        else mutex::releaseWithHandle(process->splitBlockMutex[n]);
+    }
+    if (blockNumber == 0) {
+        mutex::waitIO();
+        printf("WARNING: No splitblock available!\n");
+        mutex::releaseIO();
+        for (int i = 0; i < count; i++) shared->processState[claimed[i]] = 1;
+        mutex::releaseMT();
+        return noSplit;
+    }
+
+    splitBlock& block = shared->splitBlocks[blockNumber];
+    picker.addNoncapmovesToList();
+    const int first = stageBefore == 1 ? 0 : picker.index + 1;
+    int n = 0;
+    for (int i = first; i < maxMovesPerList && picker.list.moves[i] != 0; i++, n++) {
+        block.moves[n] = picker.list.moves[i];
+        block.moves[100 + n] = picker.list.moves[100 + i];
+    }
+    block.moves[n] = 0;
+    block.owner = processSlot;
+    block.depth = depth;
+    block.lastMove = static_cast<uint16_t>(lastMove);
+    block.alpha = alpha;
+    block.beta = beta;
+    block.node.store(node);
+    block.counter = 0;
+    block.stop = 0;
+    block.numSlaves = count;
+    block.nextMove = 0;
+    block.reducedMoves = 0;
+    block.failHigh = 0;
+    for (int i = 0; i < count; i++) shared->assignedSplitBlock[claimed[i]] = blockNumber;
+    mutex::releaseWithHandle(process->splitBlockMutex[blockNumber]);
+    mutex::releaseMT();
+    for (int i = 0; i < count; i++) process->startSlave[claimed[i]].set();
+    return alphaBetaMaster(blockNumber, node, depth, alpha, beta, bestMove, bound, inCheck);
+}
+
+// The owner takes moves from the block like its slaves do, all at a null
+// window on the block's alpha. A move that beats it stops the block; once
+// every slave is back, the moves that beat alpha are searched again with
+// the full window and whatever was left unfinished is searched here.
+int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alpha, int beta, int bestMove, int bound,
+                                bool inCheck) {
+    splitBlock& block = shared->splitBlocks[blockNumber];
+    namedMutex& lock = process->splitBlockMutex[blockNumber];
+    const int blockAlpha = alpha;
+    bool timedOut = false;
+
+    for (;;) {
+        mutex::waitWithHandle(lock);
+        const int index = block.nextMove;
+        const int move = block.failHigh ? 0 : block.moves[index];
+        if (move != 0) {
+            block.moves[100 + index] = static_cast<uint16_t>(blockAlpha);
+            block.nextMove++;
+        }
+        mutex::releaseWithHandle(lock);
+        if (move == 0) break;
+
+        board child = node;
+        child.makeMove(move);
+        if (child.isMoveIllegal(move)) continue;
+        const int score = searchMove(node, child, move, depth, blockAlpha, blockAlpha + 1, inCheck, false, blockNumber);
+        if (isAbort(score)) {
+            mutex::waitWithHandle(lock);
+            block.moves[100 + index] = static_cast<uint16_t>(abandonedMark);
+            mutex::releaseWithHandle(lock);
+            timedOut = score == -timeUpScore || searchStopped();
+            break;
+        }
+        if (score > blockAlpha) {
+            mutex::waitWithHandle(lock);
+            block.moves[100 + index] = static_cast<uint16_t>(notSearchedMark);
+            block.failHigh = 1;
+            mutex::releaseWithHandle(lock);
+            break;
+        }
+    }
+
+    if (block.failHigh || timedOut || searchStopped()) block.stop = 1;
+    while (block.numSlaves > 0) {
+        if (!process->splitBlockReady[blockNumber].wait(10000)) {
+            mutex::waitIO();
+            printf("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
+            mutex::releaseIO();
+            break;
+        }
+    }
+    timedOut = timedOut || searchStopped();
+
+    // Copy what is left to do, then give the block back.
+    movelist rest;
+    int restCount = 0;
+    bool researchFound = false;
+    for (int i = 0; i < 100 && block.moves[i] != 0; i++) {
+        const int mark = static_cast<int16_t>(block.moves[100 + i]);
+        if (i < block.nextMove && mark != notSearchedMark && mark != abandonedMark) continue;
+        researchFound |= mark == notSearchedMark;
+        rest.moves[restCount] = block.moves[i];
+        rest.setScore(restCount++, mark == notSearchedMark ? 1 : 0);
+    }
+    rest.moves[restCount] = 0;
+    const bool failedHigh = block.failHigh != 0;
+    mutex::waitWithHandle(lock);
+    block.owner = freeSplitBlock;
+    mutex::releaseWithHandle(lock);
+
+    if (timedOut) return timeUpScore;
+    if (failedHigh && !researchFound) {
+        mutex::waitIO();
+        printf("ERROR: No move to research after beta-cutoff\n");
+        mutex::releaseIO();
+    }
+
+    // Moves that beat alpha first, with the full window; then the rest.
+    const uint64_t key = node.boardKey;
+    const int side = (node.toMove + 1) / 2;
+    for (int pass = 1; pass >= 0; pass--) {
+        for (int i = 0; i < restCount; i++) {
+            if (rest.score(i) != pass) continue;
+            const int move = rest.moves[i];
+            board child = node;
+            child.makeMove(move);
+            if (child.isMoveIllegal(move)) continue;
+            const int score = searchMove(node, child, move, depth, alpha, beta, inCheck, pass == 1, 0);
+            if (isAbort(score)) return -score;
+            if (score == mateScore) {
+                table->recordHash(key, depth, node.rootPly, -mateScore, hashtable::lowerBound, move);
+                return mateScore;
+            }
+            if (score >= beta) {
+                table->recordHash(key, depth, node.rootPly, score, hashtable::lowerBound, move);
+                shared->killers.storeKillerMove(move, score, node.ply, side, node.pieceOn[moveTo(move)]);
+                return beta;
+            }
+            if (score > alpha) {
+                alpha = score;
+                bestMove = move;
+                bound = hashtable::exactBound;
+                shared->killers.storeKillerMove(move, score, node.ply, side, node.pieceOn[moveTo(move)]);
+            }
+        }
+    }
+    table->recordHash(key, depth, node.rootPly, alpha, bound, bestMove == 325 ? 0 : bestMove);
+    return alpha;
+}

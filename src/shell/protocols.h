@@ -1,0 +1,9 @@
+#pragma once
+
+inline constexpr int lineBufferSize = 10000;
+
+// The protocol loops of the user-interface process. Both return at "quit" or
+// at the end of input, after the engine's other processes have been told to
+// leave. The xboard loop starts with the line already read.
+int runXboard(char* line);
+int runUci();

@@ -1,0 +1,200 @@
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "game/game.h"
+#include "parallel/instance.h"
+#include "shell/protocols.h"
+#include "shell/settingsFile.h"
+
+namespace {
+
+bool startsWith(const char* line, const char* prefix) { return strncmp(line, prefix, strlen(prefix)) == 0; }
+
+const char* checkText(char value) { return value == 't' ? "true\n" : "false\n"; }
+
+void announce(const settingsFileValues& v) {
+    printf("id name %s_UCI\n", engineName);
+    printf("id author the Talvin team\n");
+    printf("option name number_of_processors type spin min 0 max 8 default %d\n", v.numberOfProcessors);
+    printf("option name Hash type spin min 1 max 4096 default %d\n", v.hashMB);
+    printf("option name OwnBook type check default %s", checkText(v.ownBook));
+    printf("option name BookBestMoveOnly type check default %s", checkText(v.bookBestMoveOnly));
+    printf("option name BookPath type string default %s", v.bookPath);
+    printf("option name EGTB type check default %s", checkText(v.egtb));
+    printf("option name NalimovPath type string default %s", v.nalimovPath);
+    printf("option name NalimovCache type spin 1 min 1 max 256 default %d\n", v.nalimovCacheMB);
+    printf("option name Ponder type check default %s", checkText(v.ponder));
+    printf("option name Extentions type check default %s", checkText(v.extentions));
+    printf("option name Null-move Pruning type check default %s", checkText(v.nullMovePruning));
+    printf("option name Late-move Pruning type check default %s", checkText(v.lateMovePruning));
+    printf("option name Futility Pruning type check default %s", checkText(v.futilityPruning));
+    printf("option name print_Inverted_Score type check default %s", checkText(v.printInvertedScore));
+    printf("option name DrawScore type spin min -900 max 900 default %d\n", v.drawScore);
+    printf("option name Queen type spin min -100 max 2000 default %d\n", v.queen);
+    printf("option name Rook type spin min -100 max 1000 default %d\n", v.rook);
+    printf("option name Bishop type spin min -100 max 900 default %d\n", v.bishop);
+    printf("option name Knight type spin min -100 max 900 default %d\n", v.knight);
+    printf("option name Pawn type spin min -100 max 900 default %d\n", v.pawn);
+    printf("uciok\n");
+}
+
+// One "setoption" line of the first phase.
+void collectOption(settingsFileValues& v, const char* line) {
+    struct textOption {
+        const char* prefix;
+        char* value;
+    } texts[] = {{"setoption name NalimovPath value ", v.nalimovPath}, {"setoption name BookPath value ", v.bookPath}};
+    struct numberOption {
+        const char* prefix;
+        int* value;
+    } numbers[] = {{"setoption name Hash value ", &v.hashMB},
+                   {"setoption name NalimovCache value ", &v.nalimovCacheMB},
+                   {"setoption name DrawScore value ", &v.drawScore},
+                   {"setoption name Queen value ", &v.queen},
+                   {"setoption name Rook value ", &v.rook},
+                   {"setoption name Bishop value ", &v.bishop},
+                   {"setoption name Knight value ", &v.knight},
+                   {"setoption name Pawn value ", &v.pawn},
+                   {"setoption name number_of_processors value ", &v.numberOfProcessors}};
+    struct checkOption {
+        const char* prefix;
+        char* value;
+    } checks[] = {{"setoption name OwnBook value ", &v.ownBook},
+                  {"setoption name BookBestMoveOnly value ", &v.bookBestMoveOnly},
+                  {"setoption name print_Inverted_Score value ", &v.printInvertedScore},
+                  {"setoption name Ponder value ", &v.ponder},
+                  {"setoption name EGTB value ", &v.egtb},
+                  {"setoption name Extentions value ", &v.extentions},
+                  {"setoption name Null-move Pruning value ", &v.nullMovePruning},
+                  {"setoption name Late-move Pruning value ", &v.lateMovePruning},
+                  {"setoption name Futility Pruning value ", &v.futilityPruning}};
+    for (const textOption& o : texts)
+        if (startsWith(line, o.prefix)) {
+            snprintf(o.value, optionPathMaxLength + 1, "%s", line + strlen(o.prefix));
+            return;
+        }
+    for (const numberOption& o : numbers)
+        if (startsWith(line, o.prefix)) {
+            *o.value = atoi(line + strlen(o.prefix));
+            return;
+        }
+    for (const checkOption& o : checks)
+        if (startsWith(line, o.prefix)) {
+            *o.value = line[strlen(o.prefix)];
+            return;
+        }
+}
+
+void changeOption(game& g, const char* rest) {
+    struct {
+        const char* text;
+        int id;  // 0: pondering
+    } switches[] = {{"Ponder value ", 0},         {"EGTB value ", 1},
+                    {"Extentions value ", 5},     {"Null-move Pruning value ", 2},
+                    {"Late-move Pruning value ", 3}, {"Futility Pruning value ", 6},
+                    {"OwnBook value ", 4}};
+    for (const auto& s : switches) {
+        if (!startsWith(rest, s.text)) continue;
+        const char* value = rest + strlen(s.text);
+        const int on = startsWith(value, "true") ? 1 : startsWith(value, "false") ? 0 : -1;
+        if (on < 0) return;
+        if (s.id == 0) {
+            if (on) g.setPonderingActive();
+            else g.setPonderingInactive();
+        } else {
+            g.setUciOption(s.id, on);
+        }
+        return;
+    }
+}
+
+// The number after " name " anywhere the parameter follows a blank; 0 when absent.
+int goValue(const char* line, const char* name) {
+    for (const char* p = strchr(line, ' '); p; p = strchr(p + 1, ' '))
+        if (startsWith(p + 1, name)) return atoi(p + 1 + strlen(name));
+    return 0;
+}
+
+bool goFlag(const char* line, const char* name) {
+    for (const char* p = strchr(line, ' '); p; p = strchr(p + 1, ' '))
+        if (startsWith(p + 1, name)) return true;
+    return false;
+}
+
+void go(game& g, const char* line) {
+    const int depth = goValue(line, "depth ");
+    if (depth) g.shared->maxDepth = depth;
+    if (goFlag(line, "ponder")) {
+        g.setPonderingActive();
+        g.startPondering();
+        return;
+    }
+    const int movetime = goValue(line, "movetime ");
+    if (goFlag(line, "infinite")) {
+        g.setClock(0, 0, 99999999);
+        g.resetHash();
+    } else if (movetime) {
+        g.setClock(0, 0, movetime);
+    } else {
+        const bool white = g.position.toMove == 1;
+        g.setClock(goValue(line, "movestogo "), goValue(line, white ? "wtime " : "btime "),
+                   goValue(line, white ? "winc " : "binc "));
+        g.setTimeWhite(goValue(line, "wtime "));
+        g.setTimeBlack(goValue(line, "btime "));
+    }
+    g.engineActive = 1;
+    g.associateEngineWithSide(g.position.toMove);
+    g.thinkAndMakeBestMove();
+}
+
+void setPosition(game& g, const char* line) {
+    g.engineActive = 0;
+    g.stopClock();
+    g.stopPondering();
+    if (startsWith(line, "position startpos")) g.setupStartPosition();
+    else if (startsWith(line, "position fen ")) g.setupPosition(line + 13);
+    const char* m = strchr(line, 'm');
+    if (m == nullptr || !startsWith(m, "moves ")) return;
+    for (const char* p = m + 6; *p;) {
+        while (*p == ' ') p++;
+        if (*p == 0 || *p == '\n' || *p == '\r') return;
+        if (!g.makeMove(p)) return;
+        while (*p && *p != ' ') p++;
+    }
+}
+
+}  // namespace
+
+int runUci() {
+    settingsFileValues values;
+    announce(values);
+    char line[lineBufferSize];
+    bool ended = fgets(line, sizeof line, stdin) == nullptr;
+    while (!ended && startsWith(line, "setoption")) {
+        collectOption(values, line);
+        ended = fgets(line, sizeof line, stdin) == nullptr;
+    }
+    writeSettingsFile(settingsFileName, engineName, values);
+    game g(instanceName());
+    g.shared->outputMode = 2;
+    g.setClock(0, 0, 5000);
+    while (!ended && !startsWith(line, "quit")) {
+        if (startsWith(line, "isready")) printf("readyok\n");
+        else if (startsWith(line, "ucinewgame")) {
+            g.engineActive = 0;
+            g.stopClock();
+            g.stopPondering();
+        } else if (startsWith(line, "position")) setPosition(g, line);
+        else if (startsWith(line, "stop")) g.moveNow();
+        else if (startsWith(line, "ponderhit")) {
+            g.engineActive = 1;
+            g.associateEngineWithSide(g.position.toMove);
+            g.thinkAndMakeBestMove();
+        } else if (startsWith(line, "setoption name ")) changeOption(g, line + 15);
+        else if (startsWith(line, "go")) go(g, line);
+        ended = fgets(line, sizeof line, stdin) == nullptr;
+    }
+    g.stopPondering();
+    return 0;
+}

@@ -1,0 +1,58 @@
+#include <gtest/gtest.h>
+
+#include "../board/testBoard.h"
+#include "san.h"
+
+namespace {
+
+std::string read(const char* fen, const char* san) {
+    const int move = sanToMove(boardFrom(fen), san);
+    return move ? moveText(move) : "none";
+}
+
+TEST(San, DisambiguatesByFileRankOrBoth) {
+    const char* knights = "4k3/8/8/8/8/5N2/8/1N2K3 w - - 0 1";
+    EXPECT_EQ(read(knights, "Nbd2"), "b1d2");
+    EXPECT_EQ(read(knights, "Nfd2"), "f3d2");
+    EXPECT_EQ(read(knights, "Nd2"), "none");
+    const char* rooks = "4k3/8/8/R7/8/8/8/R3K3 w - - 0 1";
+    EXPECT_EQ(read(rooks, "R1a3"), "a1a3");
+    EXPECT_EQ(read(rooks, "R5xa3"), "a5a3");
+    const char* queens = "4k3/8/8/8/8/Q7/8/Q1Q1K3 w - - 0 1";
+    EXPECT_EQ(read(queens, "Qab2"), "none");
+    EXPECT_EQ(read(queens, "Q1b2"), "none");
+    EXPECT_EQ(read(queens, "Qa1b2"), "a1b2");
+}
+
+TEST(San, Promotions) {
+    const char* fen = "5n2/4P3/8/8/8/8/8/k3K3 w - - 0 1";
+    EXPECT_EQ(read(fen, "e8=Q"), "e7e8Q");
+    EXPECT_EQ(read(fen, "e8N"), "e7e8N");
+    EXPECT_EQ(read(fen, "exf8=R+"), "e7f8R");
+    EXPECT_EQ(read(fen, "e8"), "none");
+    EXPECT_EQ(read(fen, "e8=K"), "none");
+}
+
+TEST(San, CastlingBothWaysForBothColours) {
+    const char* white = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1";
+    const char* black = "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1";
+    EXPECT_EQ(read(white, "O-O"), "e1g1");
+    EXPECT_EQ(read(white, "O-O-O"), "e1c1");
+    EXPECT_EQ(read(black, "0-0"), "e8g8");
+    EXPECT_EQ(read(black, "0-0-0+"), "e8c8");
+    EXPECT_EQ(read("r3k2r/8/8/8/8/8/8/R3K2R w Qkq - 0 1", "O-O"), "none");
+}
+
+TEST(San, EnPassantSuffixesAndIllegalMoves) {
+    EXPECT_EQ(read("4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1", "exd6"), "e5d6");
+    const char* start = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+    EXPECT_EQ(read(start, "Nf3"), "g1f3");
+    EXPECT_EQ(read(start, "e4!?"), "e2e4");
+    EXPECT_EQ(read("4k3/8/8/8/8/8/8/4K2R w K - 0 1", "Rh8#"), "h1h8");
+    EXPECT_EQ(read(start, "e5"), "none");
+    EXPECT_EQ(read(start, "Ke2"), "none");
+    EXPECT_EQ(read("4k3/4r3/8/8/8/8/4N3/4K3 w - - 0 1", "Nc3"), "none");  // pinned
+    EXPECT_EQ(read(start, "Zz9"), "none");
+}
+
+}  // namespace

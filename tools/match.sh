@@ -1,0 +1,153 @@
+#!/usr/bin/env bash
+# Plays an unattended engine match under Debian's xboard on a virtual X server
+# and checks it from the first engine's side.
+#   match.sh [options] FIRST_CMD FIRST_DIR SECOND_CMD SECOND_DIR [-- XBOARD_OPTION...]
+#     -n GAMES     games to play, colours alternating (default 2)
+#     -c "TC"      xboard time control options (default "-tc 0:10 -inc 0.1")
+#     -u / -U      first / second engine speaks UCI (run through polyglot)
+#     -p           pondering on for both engines (default off)
+#     -o FILE      PGN output (default match.pgn; replaced)
+#     -T SECONDS   hard limit for the whole run (default from games and TC)
+#     -f / -s NAME first / second engine's PGN name (default the program's base name)
+# Engines run in their own directories.
+# Exits non-zero when the first engine lost by illegal move, time forfeit,
+# crash or disconnect, when a game is unfinished or missing, or when the run
+# hangs; xboard's debug log is then kept as FILE.debug.
+set -euo pipefail
+export PATH=$PATH:/usr/games
+
+games=2 tc="-tc 0:10 -inc 0.1" pgn=match.pgn limit="" ponder=false firstName="" secondName=""
+firstUci=false secondUci=false
+usage() {
+    sed -n '2,15p' "$0" | sed 's/^# \{0,1\}//' >&2
+    exit 2
+}
+while getopts "n:c:uUpo:T:f:s:" opt; do
+    case $opt in
+        n) games=$OPTARG ;;
+        c) tc=$OPTARG ;;
+        u) firstUci=true ;;
+        U) secondUci=true ;;
+        p) ponder=true ;;
+        o) pgn=$OPTARG ;;
+        T) limit=$OPTARG ;;
+        f) firstName=$OPTARG ;;
+        s) secondName=$OPTARG ;;
+        *) usage ;;
+    esac
+done
+shift $((OPTIND - 1))
+(( $# >= 4 )) || usage
+firstCmd=$1 firstDir=$2 secondCmd=$3 secondDir=$4
+shift 4
+[[ ${1:-} == -- ]] && shift
+
+# Engines start in their own directories, so relative programs need a full path.
+absolute() {
+    local program=${1%% *}
+    if [[ $program == */* && $program != /* ]]; then echo "$PWD/$1"; else echo "$1"; fi
+}
+firstCmd=$(absolute "$firstCmd") secondCmd=$(absolute "$secondCmd")
+mkdir -p "$firstDir" "$secondDir"
+firstDir=$(cd "$firstDir" && pwd) secondDir=$(cd "$secondDir" && pwd)
+firstName=${firstName:-$(basename "${firstCmd%% *}")} secondName=${secondName:-$(basename "${secondCmd%% *}")}
+[[ $secondName == "$firstName" ]] && secondName="$secondName-2"
+
+if [[ -z $limit ]]; then
+    # Both clocks of a 200-move game, with room for starting and stopping.
+    limit=$(awk -v tc=" $tc " -v games="$games" 'BEGIN {
+        base = 300; inc = 0
+        if (match(tc, / -tc [0-9:.]+ /)) {
+            n = split(substr(tc, RSTART + 5, RLENGTH - 6), part, ":")
+            base = n == 2 ? part[1] * 60 + part[2] : part[1] * 60
+        }
+        if (match(tc, / -inc [0-9.]+ /)) inc = substr(tc, RSTART + 6, RLENGTH - 7)
+        printf "%d", games * (2 * (base + 200 * inc) + 30) + 30 }')
+fi
+
+scratch=$(mktemp -d)
+runner=""
+leftovers() {
+    ps -eo pgid=,stat=,pid=,comm= | awk -v g="$runner" '$1 == g && $2 !~ /^Z/ {print $3, $4}'
+}
+cleanup() {
+    # timeout leads its own process group: xvfb-run, Xvfb, xboard, polyglot,
+    # engines. xvfb-run does not wait for Xvfb to go, hence the grace period.
+    if [[ -n $runner ]]; then
+        for _ in 1 2 3 4 5; do
+            [[ -z $(leftovers) ]] && break
+            sleep 1
+        done
+        if [[ -n $(leftovers) ]]; then
+            echo "match.sh: killing what is left of the run:" $(leftovers) >&2
+            kill -KILL -- "-$runner" 2>/dev/null || true
+        fi
+    fi
+    rm -rf "$scratch"
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+rm -f "$pgn" "$pgn.debug"
+# A scratch HOME keeps xboard's and polyglot's settings files out of the user's.
+mkdir "$scratch/home"
+options=(-fcp "$firstCmd" -fd "$firstDir" -fn "$firstName"
+         -scp "$secondCmd" -sd "$secondDir" -sn "$secondName"
+         -firstIsUCI "$firstUci" -secondIsUCI "$secondUci"
+         -adapterCommand 'polyglot -noini -ec "%fcp" -ed "%fd"'
+         -mg "$games" $tc -ponderNextMove "$ponder" -sgf "$pgn"
+         -autoCallFlag true -popupExitMessage false -saveSettingsOnExit false
+         -soundProgram "" -noGUI -debug -nameOfDebugFile "$scratch/xboard.debug" "$@")
+status=0
+HOME=$scratch/home timeout -k 10 "$limit" xvfb-run -a xboard "${options[@]}" \
+    > "$scratch/xboard.out" 2>&1 &
+runner=$!
+wait "$runner" || status=$?
+
+failures=()
+(( status == 124 || status == 137 )) && failures+=("the match did not finish within $limit s")
+(( status != 0 && status != 124 && status != 137 )) && failures+=("xboard exited with status $status")
+while IFS= read -r line; do failures+=("xboard: $line"); done < <(
+    grep -E "first (chess program|machine)|exited unexpectedly" "$scratch/xboard.out" | sed 's/^xboard: //' | sort -u)
+
+# One line per game: result for the first engine (w/d/l/*), then the closing comment.
+[[ -f $pgn ]] || touch "$pgn"
+verdicts=$(awk -v me="$firstName" '
+    function finish() {
+        if (white == "") return
+        if (white == me) side = "1-0"; else if (black == me) side = "0-1"; else side = ""
+        outcome = result == "*" ? "*" : result == "1/2-1/2" ? "d" : side == "" ? "?" : result == side ? "w" : "l"
+        comment = match(text, /\{[^}]*\} *(1-0|0-1|1\/2-1\/2|\*) *$/) ? substr(text, RSTART, RLENGTH) : text
+        print outcome "\t" comment
+        white = black = result = text = ""
+    }
+    /^\[Event / { finish() }
+    /^\[White / { white = $0; sub(/^\[White "/, "", white); sub(/"\]$/, "", white) }
+    /^\[Black / { black = $0; sub(/^\[Black "/, "", black); sub(/"\]$/, "", black) }
+    /^\[Result / { result = $0; sub(/^\[Result "/, "", result); sub(/"\]$/, "", result) }
+    !/^\[/ { text = text " " $0 }
+    END { finish() }' "$pgn")
+
+wins=0 draws=0 losses=0 played=0
+while IFS=$'\t' read -r outcome comment; do
+    [[ -z $outcome ]] && continue
+    played=$((played + 1))
+    case $outcome in
+        w) wins=$((wins + 1)) ;;
+        d) draws=$((draws + 1)) ;;
+        l) losses=$((losses + 1))
+           if grep -qiE "on time|illegal|invalid|forfeit|crash|exit|disconnect|unexpected|error" <<< "$comment"; then
+               failures+=("game $played lost by $firstName: $comment")
+           fi ;;
+        \*) failures+=("game $played unfinished: $comment") ;;
+        *) failures+=("game $played: $firstName is neither White nor Black") ;;
+    esac
+done <<< "$verdicts"
+(( played < games )) && failures+=("only $played of $games games in $pgn")
+
+echo "$firstName vs $secondName: +$wins =$draws -$losses ($played games)"
+if (( ${#failures[@]} )); then
+    cp "$scratch/xboard.debug" "$pgn.debug" 2>/dev/null || true
+    printf 'FAILED: %s\n' "${failures[@]}" >&2
+    exit 1
+fi
