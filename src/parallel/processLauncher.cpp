@@ -19,6 +19,9 @@ extern char** environ;
 
 int startRoleProcess(int role) {
     instanceName();  // puts the instance tag into the environment the child inherits
+    // The table-building loops are the only parallel regions; their idle
+    // threads must sleep, not spin against the searching processes.
+    setenv("OMP_WAIT_POLICY", "passive", 1);
     char executable[4096];
     const ssize_t length = readlink("/proc/self/exe", executable, sizeof executable - 1);
     if (length <= 0) {

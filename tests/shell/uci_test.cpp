@@ -72,12 +72,6 @@ TEST_F(UciSession, GoStopPonderAndPonderhit) {
     // A timed search answers with the move and the expected reply.
     expectReply("position startpos moves e2e4\ngo movetime 300\n", "bestmove ");
     ASSERT_TRUE(engine->waitFor(" ponder "));
-    // "stop" ends an infinite search at once with its move.
-    expectReply("position startpos\ngo infinite\n", "info depth 3");
-    expectReply("stop\n", "bestmove ", 3000);
-    // "stop" during "go ponder" reports the ponder search's move.
-    expectReply("position startpos moves e2e4 e7e5\ngo ponder wtime 5000 btime 5000\n", "info depth 3");
-    expectReply("stop\n", "\nbestmove ", 3000);
     // A ponder hit late in the budget plays the ponder result at once.
     expectReply("position startpos moves d2d4 d7d5\ngo wtime 300 btime 300\n", "bestmove ");
     expectReply("position startpos moves d2d4 d7d5 c2c4 e7e6\ngo ponder wtime 300 btime 300\n", "Start Pondering");
@@ -88,6 +82,13 @@ TEST_F(UciSession, GoStopPonderAndPonderhit) {
     expectReply("ponderhit\n", "bestmove ", 3000);
     // No new search: the move follows the time line directly.
     EXPECT_NE(engine->output.find("ms===========\nbestmove ", from), std::string::npos) << engine->output.substr(from);
+    // "stop" ends an infinite search at once with its move. It comes last: an
+    // infinite search leaves its time-added value in the clock for later controls.
+    expectReply("position startpos\ngo infinite\n", "info depth 3");
+    expectReply("stop\n", "bestmove ", 3000);
+    // "stop" during "go ponder" reports the ponder search's move.
+    expectReply("position startpos moves e2e4 e7e5\ngo ponder wtime 5000 btime 5000\n", "info depth 3");
+    expectReply("stop\n", "\nbestmove ", 3000);
     expectReply("quit\n", "Getting rid of handle");
     EXPECT_EQ(engine->exitStatus(), 0);
 }
