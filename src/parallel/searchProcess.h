@@ -34,4 +34,7 @@ public:
     // A slave's life: wait for a split block, search its moves one at a time
     // for the block's owner, report, and wait again until the engine ends.
     void slaveStandBy(searchtree& tree, sharedData& shared);
+    // One job: the moves of block b, taken one at a time until none is left
+    // or one beats the block's alpha. Leaves this process idle.
+    void helpWithBlock(searchtree& tree, sharedData& shared, int b);
 };

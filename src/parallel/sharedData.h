@@ -43,6 +43,7 @@ struct splitBlock {
     int32_t nextMove;       // index of the next move to hand out
     int32_t reducedMoves;
     int32_t failHigh;
+    int32_t parent;         // block of the node that split, 0 for none
 };
 
 // The record every engine process maps: search clock, killer table, game

@@ -53,9 +53,13 @@ private:
     // Hands the node's remaining moves to idle processes and searches them
     // together; the node's result, or noSplit when nobody could be claimed.
     int split(int lastMove, board& node, int depth, int alpha, int beta, moveGenerator& picker, int bestMove, int bound,
-              bool inCheck);
+              bool inCheck, int sbNum);
     int alphaBetaMaster(int blockNumber, board& node, int depth, int alpha, int beta, int bestMove, int bound,
-                        bool inCheck);
+                        bool inCheck, int sbNum);
+    // Waits until the block's slaves are back, helping them meanwhile.
+    void waitForSlaves(int blockNumber);
+    // Stops the block and every block split below it.
+    void stopBlock(int blockNumber);
     bool searchStopped() const { return shared->timer1.timeIsUp() || shared->allSearchprocesEnabled == 0; }
     void reportNodes();
 };

@@ -122,9 +122,9 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
             bound = hashtable::exactBound;
             killers.storeKillerMove(move, score, b.ply, side, b.pieceOn[moveTo(move)]);
         }
-        if (depth > 4 && sbNum == 0 && process != nullptr && !verificationPending && shared->processCount > 1 &&
+        if (depth > 4 && process != nullptr && !verificationPending && shared->processCount > 1 &&
             process->slaveAvailable.wait(0)) {
-            const int result = split(lastMove, b, depth, alpha, beta, picker, bestMove, bound, inCheck);
+            const int result = split(lastMove, b, depth, alpha, beta, picker, bestMove, bound, inCheck, sbNum);
             if (result != noSplit) return result;
         }
     }

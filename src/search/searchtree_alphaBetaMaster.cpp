@@ -12,7 +12,7 @@ inline bool isAbort(int score) { return score == -blockStoppedScore || score == 
 }  // namespace
 
 int searchtree::split(int lastMove, board& node, int depth, int alpha, int beta, moveGenerator& picker, int bestMove,
-                      int bound, bool inCheck) {
+                      int bound, bool inCheck, int sbNum) {
     const int stageBefore = picker.stage;
     mutex::waitMT();
     int claimed[maxProcesses];
@@ -63,11 +63,53 @@ int searchtree::split(int lastMove, board& node, int depth, int alpha, int beta,
     block.nextMove = 0;
     block.reducedMoves = 0;
     block.failHigh = 0;
+    block.parent = sbNum;
     for (int i = 0; i < count; i++) shared->assignedSplitBlock[claimed[i]] = blockNumber;
     mutex::releaseWithHandle(process->splitBlockMutex[blockNumber]);
     mutex::releaseMT();
     for (int i = 0; i < count; i++) process->startSlave[claimed[i]].set();
-    return alphaBetaMaster(blockNumber, node, depth, alpha, beta, bestMove, bound, inCheck);
+    return alphaBetaMaster(blockNumber, node, depth, alpha, beta, bestMove, bound, inCheck, sbNum);
+}
+
+void searchtree::stopBlock(int blockNumber) {
+    shared->splitBlocks[blockNumber].stop = 1;
+    for (int n = 2; n < splitBlockCount; n++)
+        if (shared->splitBlocks[n].owner != freeSplitBlock && shared->splitBlocks[n].parent == blockNumber &&
+            !shared->splitBlocks[n].stop)
+            stopBlock(n);
+}
+
+void searchtree::waitForSlaves(int blockNumber) {
+    splitBlock& block = shared->splitBlocks[blockNumber];
+    // Idle meanwhile: a slave that splits below this block may claim the owner.
+    mutex::waitMT();
+    shared->processState[processSlot] = 1;
+    mutex::releaseMT();
+    int waitedMs = 0;
+    for (;;) {
+        mutex::waitMT();
+        const int assigned = shared->assignedSplitBlock[processSlot];
+        const bool done = assigned == 0 && block.numSlaves <= 0;
+        if (done) shared->processState[processSlot] = 2;
+        mutex::releaseMT();
+        if (done) return;
+        if (assigned != 0) {
+            reportNodes();
+            process->startSlave[processSlot].wait(0);
+            process->helpWithBlock(*this, *shared, assigned);
+            waitedMs = 0;
+            continue;
+        }
+        if (process->splitBlockReady[blockNumber].wait(1)) continue;
+        if (++waitedMs < waitTimeoutMs) continue;
+        mutex::waitIO();
+        printf("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
+        mutex::releaseIO();
+        mutex::waitMT();
+        shared->processState[processSlot] = 2;
+        mutex::releaseMT();
+        return;
+    }
 }
 
 // The owner takes moves from the block like its slaves do, all at a null
@@ -75,11 +117,10 @@ int searchtree::split(int lastMove, board& node, int depth, int alpha, int beta,
 // every slave is back, the moves that beat alpha are searched again with
 // the full window and whatever was left unfinished is searched here.
 int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alpha, int beta, int bestMove, int bound,
-                                bool inCheck) {
+                                bool inCheck, int sbNum) {
     splitBlock& block = shared->splitBlocks[blockNumber];
     namedMutex& lock = process->splitBlockMutex[blockNumber];
     const int blockAlpha = alpha;
-    bool timedOut = false;
 
     for (;;) {
         mutex::waitWithHandle(lock);
@@ -100,7 +141,6 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
             mutex::waitWithHandle(lock);
             block.moves[100 + index] = static_cast<uint16_t>(abandonedMark);
             mutex::releaseWithHandle(lock);
-            timedOut = score == -timeUpScore || searchStopped();
             break;
         }
         if (score > blockAlpha) {
@@ -112,16 +152,9 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
         }
     }
 
-    if (block.failHigh || timedOut || searchStopped()) block.stop = 1;
-    while (block.numSlaves > 0) {
-        if (!process->splitBlockReady[blockNumber].wait(10000)) {
-            mutex::waitIO();
-            printf("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
-            mutex::releaseIO();
-            break;
-        }
-    }
-    timedOut = timedOut || searchStopped();
+    const bool parentStopped = sbNum != 0 && shared->splitBlocks[sbNum].stop;
+    if (block.failHigh || parentStopped || searchStopped()) stopBlock(blockNumber);
+    waitForSlaves(blockNumber);
 
     // Copy what is left to do, then give the block back.
     movelist rest;
@@ -140,7 +173,8 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
     block.owner = freeSplitBlock;
     mutex::releaseWithHandle(lock);
 
-    if (timedOut) return timeUpScore;
+    if (searchStopped()) return timeUpScore;
+    if (sbNum != 0 && shared->splitBlocks[sbNum].stop) return blockStoppedScore;
     if (failedHigh && !researchFound) {
         mutex::waitIO();
         printf("ERROR: No move to research after beta-cutoff\n");
@@ -157,7 +191,7 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
             board child = node;
             child.makeMove(move);
             if (child.isMoveIllegal(move)) continue;
-            const int score = searchMove(node, child, move, depth, alpha, beta, inCheck, pass == 1, 0);
+            const int score = searchMove(node, child, move, depth, alpha, beta, inCheck, pass == 1, sbNum);
             if (isAbort(score)) return -score;
             if (score == mateScore) {
                 table->recordHash(key, depth, node.rootPly, -mateScore, hashtable::lowerBound, move);
