@@ -137,10 +137,10 @@ while IFS=$'\t' read -r outcome comment; do
         d) draws=$((draws + 1)) ;;
         l) losses=$((losses + 1))
            if grep -qiE "on time|illegal|invalid|forfeit|crash|exit|disconnect|unexpected|error" <<< "$comment"; then
-               failures+=("game $played lost by $firstName: $comment")
+               failures+=("PGN game $played lost by $firstName: $comment")
            fi ;;
-        \*) failures+=("game $played unfinished: $comment") ;;
-        *) failures+=("game $played: $firstName is neither White nor Black") ;;
+        \*) failures+=("PGN game $played unfinished: $comment") ;;
+        *) failures+=("PGN game $played: $firstName is neither White nor Black") ;;
     esac
 done <<< "$verdicts"
 (( played < games )) && failures+=("only $played of $games games in $pgn")

@@ -122,5 +122,6 @@ board::board(killerMoveTable* killerTable) {
     if (killerTable) killers = killerTable;
     buildTables();
     wKingSq = bKingSq = 0;
+    boardKey = 0;  // the set-up evaluates before it computes the key
     setupStartPosition();
 }

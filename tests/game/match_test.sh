@@ -15,7 +15,7 @@ run() {
     local name=$1
     shift
     # Talvin writes its settings file where it runs: a fresh directory per match.
-    "$match" -n 4 -c "-tc 0:10 -inc 0.1" -o "talvin-$name.pgn" -f talvin -s fairymax "$@" \
+    "$match" -n 2 -c "-tc 0:10 -inc 0.1" -o "talvin-$name.pgn" -f talvin -s fairymax "$@" \
         "$talvin" "$work/$name-talvin" fairymax "$work/$name-fairymax" || failed=1
 }
 run xboard

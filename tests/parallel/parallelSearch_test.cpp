@@ -3,7 +3,7 @@
 
 #include <fstream>
 #include <random>
-#include <regex>
+#include <sstream>
 
 #include "../shell/protocolSession.h"
 
@@ -34,9 +34,13 @@ std::vector<int> processesOf(int enginePid) {
 
 // The score of the last thinking line (xboard form: " depth  score  time  nodes pv").
 int lastScore(const std::string& output) {
-    static const std::regex line(R"(\n (\d+)  (-?\d+)  \d+  \d+ )");
     int score = 0;
-    for (std::sregex_iterator it(output.begin(), output.end(), line), end; it != end; ++it) score = std::stoi((*it)[2]);
+    std::istringstream lines(output);
+    for (std::string line; std::getline(lines, line);) {
+        int depth, value, time;
+        long long nodes;
+        if (sscanf(line.c_str(), " %d  %d  %d  %lld ", &depth, &value, &time, &nodes) == 4) score = value;
+    }
     return score;
 }
 
