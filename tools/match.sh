@@ -79,7 +79,7 @@ cleanup() {
             sleep 1
         done
         if [[ -n $(leftovers) ]]; then
-            echo "match.sh: killing what is left of the run:" $(leftovers) >&2
+            echo "match.sh: killing what is left of the run: $(leftovers | tr '\n' ' ')" >&2
             kill -KILL -- "-$runner" 2>/dev/null || true
         fi
     fi
@@ -91,11 +91,12 @@ trap 'exit 130' INT TERM
 rm -f "$pgn" "$pgn.debug"
 # A scratch HOME keeps xboard's and polyglot's settings files out of the user's.
 mkdir "$scratch/home"
+read -ra tcOptions <<< "$tc"
 options=(-fcp "$firstCmd" -fd "$firstDir" -fn "$firstName"
          -scp "$secondCmd" -sd "$secondDir" -sn "$secondName"
          -firstIsUCI "$firstUci" -secondIsUCI "$secondUci"
          -adapterCommand 'polyglot -noini -ec "%fcp" -ed "%fd"'
-         -mg "$games" $tc -ponderNextMove "$ponder" -sgf "$pgn"
+         -mg "$games" "${tcOptions[@]}" -ponderNextMove "$ponder" -sgf "$pgn"
          -autoCallFlag true -popupExitMessage false -saveSettingsOnExit false
          -soundProgram "" -noGUI -debug -nameOfDebugFile "$scratch/xboard.debug" "$@")
 status=0

@@ -36,10 +36,11 @@ await() {
 }
 
 score() {
-    local name=${1%% *} solved=0 fen moves best hit
+    local name=${1%% *} solved=0 fen moves best hit command
+    read -ra command <<< "$1"
     # The whole run is bounded too, should the engine ignore quit; gnuchess
     # --uci crashes on quit, hence the silenced stderr.
-    coproc ENGINE { cd "$scratch" && timeout -k 5 $(( count * patience + 30 )) $1; } 2>/dev/null
+    coproc ENGINE { cd "$scratch" && timeout -k 5 $(( count * patience + 30 )) "${command[@]}"; } 2>/dev/null
     local pid=$ENGINE_PID
     send uci
     await uciok
