@@ -27,51 +27,49 @@ void game::benchCurrentPosition(int timeMs) {
     searchState = 0;
 }
 
-// The post flag is the flag switched off for the run: thinking lines would
-// swamp the figures.
-void game::bench(int depth, int timeMs) {
-    stopPondering();
-    const int savedDepth = shared->maxDepth, savedPost = shared->postFlag;
+// Sets up and searches, to the given depth, every position forEach hands to
+// its callback; gives the total nodes and milliseconds. The post flag is the
+// flag switched off for the run: thinking lines would swamp the figures.
+template <class positions>
+static void benchRun(game& g, int depth, int timeMs, positions forEach, long long& total, int& ms) {
+    g.stopPondering();
+    const int savedDepth = g.shared->maxDepth, savedPost = g.shared->postFlag;
     timer clock;
     clock.startTimer();
-    shared->postFlag = 0;
-    shared->maxDepth = depth;
-    long long total = 0;
-    for (const char* fen : benchPositions) {
-        setupPosition(fen);
-        benchCurrentPosition(timeMs);
-        total += shared->nodeTotals[0] + shared->nodeTotals[1];
-    }
-    const int t = clock.getTimePassedBy();
+    g.shared->postFlag = 0;
+    g.shared->maxDepth = depth;
+    total = 0;
+    forEach([&](const char* fen) {
+        g.setupPosition(fen);
+        g.benchCurrentPosition(timeMs);
+        total += g.shared->nodeTotals[0] + g.shared->nodeTotals[1];
+    });
+    ms = clock.getTimePassedBy();
+    g.shared->maxDepth = savedDepth;
+    g.shared->postFlag = savedPost;
+}
+
+void game::bench(int depth, int timeMs) {
+    long long total;
+    int t;
+    benchRun(*this, depth, timeMs, [](auto search) { for (const char* fen : benchPositions) search(fen); }, total, t);
     printf("nodes=%lld time=%d.ms speed=%lld.kNPS\n", total, t, t ? total / t : 0);
-    shared->maxDepth = savedDepth;
-    shared->postFlag = savedPost;
 }
 
 void game::benchSpeed(int depth) {
-    stopPondering();
     FILE* file = fopen("!benchSpeed.txt", "r");
     if (file == nullptr) {
         printf("No !benchSpeed.txt file found.\n");
         printf("(Put your fen-positions there).\n");
     }
-    const int savedDepth = shared->maxDepth, savedPost = shared->postFlag;
-    timer clock;
-    clock.startTimer();
-    shared->postFlag = 0;
-    shared->maxDepth = depth;
-    long long total = 0;
-    char line[1001];
-    while (file && fgets(line, sizeof line, file)) {
-        if (line[0] == '+' || line[0] == '-') continue;
-        setupPosition(line);
-        benchCurrentPosition(1000000);
-        total += shared->nodeTotals[0] + shared->nodeTotals[1];
-    }
+    long long total;
+    int t;
+    benchRun(*this, depth, 1000000, [file](auto search) {
+        char line[1001];
+        while (file && fgets(line, sizeof line, file))
+            if (line[0] != '+' && line[0] != '-') search(line);
+    }, total, t);
     if (file) fclose(file);
-    const int t = clock.getTimePassedBy();
     printf("depth=%d nodes=%lld Mnodes=%lld time=%d.ms speed=%lld.kNPS\n", depth, total, total / 1000000, t,
            t ? total / t : 0);
-    shared->maxDepth = savedDepth;
-    shared->postFlag = savedPost;
 }
