@@ -12,12 +12,7 @@ namespace {
 // The table's move for the position, if it is a legal one.
 int legalTableMove(const hashtable& table, const board& position) {
     const int move = static_cast<uint16_t>(table.probeBestMove(position.boardKey));
-    if (move == 0) return 0;
-    uint16_t legal[moveBufferSize];
-    position.generateLegalMoves(legal);
-    for (int i = 0; legal[i]; i++)
-        if (legal[i] == move) return move;
-    return 0;
+    return move != 0 && isLegalMove(position, move) ? move : 0;
 }
 
 uint32_t bookRandom() {
@@ -26,6 +21,14 @@ uint32_t bookRandom() {
 }
 
 }  // namespace
+
+bool isLegalMove(const board& position, int move) {
+    uint16_t legal[moveBufferSize];
+    position.generateLegalMoves(legal);
+    for (int i = 0; legal[i]; i++)
+        if (legal[i] == move) return true;
+    return false;
+}
 
 void printEngineMove(const sharedData& shared, const hashtable& table, int move, const board& after) {
     char text[10], ponder[10] = "noMove";

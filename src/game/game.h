@@ -85,6 +85,9 @@ private:
     void recordMove(int move);
 };
 
+// Is the move in the position's legal move list?
+bool isLegalMove(const board& position, int move);
+
 // "move e2e4" or "bestmove e2e4 ponder e7e5", under the I/O mutex; after is
 // the position after the move.
 void printEngineMove(const sharedData& shared, const hashtable& table, int move, const board& after);

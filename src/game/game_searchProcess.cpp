@@ -10,14 +10,6 @@
 
 namespace {
 
-bool isLegal(const board& position, int move) {
-    uint16_t legal[moveBufferSize];
-    position.generateLegalMoves(legal);
-    for (int i = 0; legal[i]; i++)
-        if (legal[i] == move) return true;
-    return false;
-}
-
 bool isSentinel(int move) { return move == checkmateSentinel || move == stalemateSentinel; }
 
 // The background search: on the position after the table's guess of the
@@ -28,7 +20,7 @@ void ponder(sharedData& shared, searchtree& tree, const board& position, int com
     int guess = 0;
     if (command != ponderAsItStands) {
         guess = static_cast<uint16_t>(tree.table->probeBestMove(position.boardKey));
-        if (guess && isLegal(position, guess)) pondered.makeMove(guess);
+        if (guess && isLegalMove(position, guess)) pondered.makeMove(guess);
         else guess = 0;
     }
     mutex::waitIO();

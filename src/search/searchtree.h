@@ -12,6 +12,9 @@ inline constexpr int blockStoppedScore = 16302;
 inline constexpr int stalemateSentinel = 195;
 inline constexpr int checkmateSentinel = 130;
 
+// A child's score that says its search was abandoned (time up, block stopped).
+inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
+
 class moveGenerator;
 class searchProcess;
 
@@ -50,6 +53,10 @@ private:
     // One move of a node, with extension, futility, reduction and re-searches.
     int searchMove(const board& node, board& child, int move, int depth, int alpha, int beta, bool inCheck, bool first,
                    int sbNum);
+    // Takes one searched move's score into the node: true when the node ends
+    // here, with its value in result (mate, cut-off, abort).
+    bool takeScore(const board& node, int move, int depth, int score, int& alpha, int beta, int& bestMove, int& bound,
+                   int& result);
     // Hands the node's remaining moves to idle processes and searches them
     // together; the node's result, or noSplit when nobody could be claimed.
     int split(int lastMove, board& node, int depth, int alpha, int beta, moveGenerator& picker, int bestMove, int bound,

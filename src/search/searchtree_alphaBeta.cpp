@@ -4,7 +4,6 @@
 
 namespace {
 
-inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
 
 // A table move is taken only if it moves a piece of the side to move onto a
 // square without one: a colliding key must not feed makeMove a wild move.
@@ -50,6 +49,34 @@ int searchtree::searchMove(const board& node, board& child, int move, int depth,
     return score;
 }
 
+bool searchtree::takeScore(const board& node, int move, int depth, int score, int& alpha, int beta, int& bestMove,
+                           int& bound, int& result) {
+    const int side = (node.toMove + 1) / 2;
+    if (isAbort(score)) {
+        result = -score;
+        return true;
+    }
+    if (score == mateScore) {
+        // The move mates; it goes in as a lower bound with the losing score.
+        table->recordHash(node.boardKey, depth, node.rootPly, -mateScore, hashtable::lowerBound, move);
+        result = mateScore;
+        return true;
+    }
+    if (score >= beta) {
+        table->recordHash(node.boardKey, depth, node.rootPly, score, hashtable::lowerBound, move);
+        shared->killers.storeKillerMove(move, score, node.ply, side, node.pieceOn[moveTo(move)]);
+        result = beta;
+        return true;
+    }
+    if (score > alpha) {
+        alpha = score;
+        bestMove = move;
+        bound = hashtable::exactBound;
+        shared->killers.storeKillerMove(move, score, node.ply, side, node.pieceOn[moveTo(move)]);
+    }
+    return false;
+}
+
 int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta, int sbNum) {
     if (depth < 1) return quiescence(lastMove, b, alpha, beta);
     if (searchStopped()) return timeUpScore;
@@ -93,8 +120,6 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
 
     moveGenerator picker;
     picker.start(&b, hashMove);
-    const int side = (b.toMove + 1) / 2;
-    killerMoveTable& killers = shared->killers;
     int legalMoves = 0;
     int bestMove = 0;
     int bound = hashtable::upperBound;
@@ -105,23 +130,8 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
         if (child.isMoveIllegal(move)) continue;
         legalMoves++;
         const int score = searchMove(b, child, move, depth, alpha, beta, inCheck, legalMoves == 1, sbNum);
-        if (isAbort(score)) return -score;
-        if (score == mateScore) {
-            // The move mates; it goes in as a lower bound with the losing score.
-            table->recordHash(key, depth, b.rootPly, -mateScore, hashtable::lowerBound, move);
-            return mateScore;
-        }
-        if (score >= beta) {
-            table->recordHash(key, depth, b.rootPly, score, hashtable::lowerBound, move);
-            killers.storeKillerMove(move, score, b.ply, side, b.pieceOn[moveTo(move)]);
-            return beta;
-        }
-        if (score > alpha) {
-            alpha = score;
-            bestMove = move;
-            bound = hashtable::exactBound;
-            killers.storeKillerMove(move, score, b.ply, side, b.pieceOn[moveTo(move)]);
-        }
+        int result;
+        if (takeScore(b, move, depth, score, alpha, beta, bestMove, bound, result)) return result;
         if (depth > 4 && process != nullptr && !verificationPending && shared->processCount > 1 &&
             process->slaveAvailable.wait(0)) {
             const int result = split(lastMove, b, depth, alpha, beta, picker, bestMove, bound, inCheck, sbNum);

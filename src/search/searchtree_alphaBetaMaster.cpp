@@ -5,12 +5,6 @@
 #include "search/moveGenerator.h"
 #include "search/searchtree.h"
 
-namespace {
-
-inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
-
-}  // namespace
-
 int searchtree::split(int lastMove, board& node, int depth, int alpha, int beta, moveGenerator& picker, int bestMove,
                       int bound, bool inCheck, int sbNum) {
     const int stageBefore = picker.stage;
@@ -182,8 +176,6 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
     }
 
     // Moves that beat alpha first, with the full window; then the rest.
-    const uint64_t key = node.boardKey;
-    const int side = (node.toMove + 1) / 2;
     for (int pass = 1; pass >= 0; pass--) {
         for (int i = 0; i < restCount; i++) {
             if (rest.score(i) != pass) continue;
@@ -192,24 +184,10 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
             child.makeMove(move);
             if (child.isMoveIllegal(move)) continue;
             const int score = searchMove(node, child, move, depth, alpha, beta, inCheck, pass == 1, sbNum);
-            if (isAbort(score)) return -score;
-            if (score == mateScore) {
-                table->recordHash(key, depth, node.rootPly, -mateScore, hashtable::lowerBound, move);
-                return mateScore;
-            }
-            if (score >= beta) {
-                table->recordHash(key, depth, node.rootPly, score, hashtable::lowerBound, move);
-                shared->killers.storeKillerMove(move, score, node.ply, side, node.pieceOn[moveTo(move)]);
-                return beta;
-            }
-            if (score > alpha) {
-                alpha = score;
-                bestMove = move;
-                bound = hashtable::exactBound;
-                shared->killers.storeKillerMove(move, score, node.ply, side, node.pieceOn[moveTo(move)]);
-            }
+            int result;
+            if (takeScore(node, move, depth, score, alpha, beta, bestMove, bound, result)) return result;
         }
     }
-    table->recordHash(key, depth, node.rootPly, alpha, bound, bestMove == 325 ? 0 : bestMove);
+    table->recordHash(node.boardKey, depth, node.rootPly, alpha, bound, bestMove == 325 ? 0 : bestMove);
     return alpha;
 }

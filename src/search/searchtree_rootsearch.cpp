@@ -6,7 +6,6 @@
 
 namespace {
 
-inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
 
 // Appends formatted text, cut at the end of the buffer.
 template <class... values>

@@ -1,6 +1,10 @@
 #pragma once
+#include <cstring>
 
 inline constexpr int lineBufferSize = 10000;
+
+// Commands match by prefix over the prefix's whole length.
+inline bool startsWith(const char* line, const char* prefix) { return strncmp(line, prefix, strlen(prefix)) == 0; }
 
 // The protocol loops of the user-interface process. Both return at "quit" or
 // at the end of input, after the engine's other processes have been told to

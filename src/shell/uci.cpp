@@ -9,8 +9,6 @@
 
 namespace {
 
-bool startsWith(const char* line, const char* prefix) { return strncmp(line, prefix, strlen(prefix)) == 0; }
-
 const char* checkText(char value) { return value == 't' ? "true\n" : "false\n"; }
 
 void announce(const settingsFileValues& v) {
@@ -109,18 +107,19 @@ void changeOption(game& g, const char* rest) {
     }
 }
 
-// The number after " name " anywhere the parameter follows a blank; 0 when absent.
-int goValue(const char* line, const char* name) {
+// The text after a parameter name that follows a blank, or null when absent.
+const char* goParameter(const char* line, const char* name) {
     for (const char* p = strchr(line, ' '); p; p = strchr(p + 1, ' '))
-        if (startsWith(p + 1, name)) return atoi(p + 1 + strlen(name));
-    return 0;
+        if (startsWith(p + 1, name)) return p + 1 + strlen(name);
+    return nullptr;
 }
 
-bool goFlag(const char* line, const char* name) {
-    for (const char* p = strchr(line, ' '); p; p = strchr(p + 1, ' '))
-        if (startsWith(p + 1, name)) return true;
-    return false;
+int goValue(const char* line, const char* name) {
+    const char* value = goParameter(line, name);
+    return value ? atoi(value) : 0;
 }
+
+bool goFlag(const char* line, const char* name) { return goParameter(line, name) != nullptr; }
 
 void go(game& g, const char* line) {
     const int depth = goValue(line, "depth ");

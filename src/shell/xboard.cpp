@@ -8,8 +8,6 @@
 
 namespace {
 
-bool startsWith(const char* line, const char* prefix) { return strncmp(line, prefix, strlen(prefix)) == 0; }
-
 // "level MPS BASE INC": BASE in minutes, optionally min:sec; INC in seconds.
 void setLevel(game& g, const char* line) {
     const char* p = strchr(line, ' ');
