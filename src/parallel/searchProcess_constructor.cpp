@@ -12,6 +12,7 @@ searchProcess::searchProcess(const char* instance, int number, int processCount,
     nalimovCacheMB = readNalimovCacheSetting(settingsFileName);
     printInvertedScore = readPrintInvertedScoreSetting(settingsFileName);
     readEgtbPathSetting(settingsFileName, egtbPath, sizeof egtbPath);
+    tablebases = std::make_unique<EGTBProbe>(egtbPath, nalimovCacheMB, number != 0);
 
     char name[160];
     auto event = [&](namedEvent& handle, const char* stem, const char* suffix) {

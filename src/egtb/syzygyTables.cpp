@@ -1,0 +1,90 @@
+#include "egtb/syzygyTables.h"
+
+#include <tbprobe.h>
+
+#include <algorithm>
+
+#include "egtb/tableCheck.h"
+
+namespace {
+
+static_assert(TB_MAX_MOVES <= tableMaxMoves);
+
+unsigned wdlOf(const tablePosition& p) {
+    return tb_probe_wdl(p.side(0), p.side(1), p.type(5), p.type(4), p.type(3), p.type(2), p.type(1), p.type(0), 0,
+                        static_cast<unsigned>(p.castling), static_cast<unsigned>(p.enPassant), p.whiteToMove);
+}
+
+unsigned rootOf(const tablePosition& p, unsigned* moveResults) {
+    return tb_probe_root(p.side(0), p.side(1), p.type(5), p.type(4), p.type(3), p.type(2), p.type(1), p.type(0),
+                         static_cast<unsigned>(p.fiftyMoves), static_cast<unsigned>(p.castling),
+                         static_cast<unsigned>(p.enPassant), p.whiteToMove, moveResults);
+}
+
+tableMove moveOf(unsigned result) {
+    const unsigned promotes = TB_GET_PROMOTES(result);
+    const int wdl = static_cast<int>(TB_GET_WDL(result)) - 2;
+    const int dtz = static_cast<int>(TB_GET_DTZ(result));
+    // The library counts promotions queen 1 .. knight 4, the board knight 1 .. queen 4.
+    return {static_cast<int>(TB_GET_FROM(result)), static_cast<int>(TB_GET_TO(result)),
+            promotes ? 5 - static_cast<int>(promotes) : 0, wdl, wdl < 0 ? -dtz : (wdl > 0 ? dtz : 0)};
+}
+
+}  // namespace
+
+void syzygyTables::start(const char* pathList, const std::vector<tableFile>& files) {
+    // The library takes the list as it stands: directories separated by ':'.
+    // It is never released: its release complains about the distance tables
+    // it has read, and the end of the process frees them anyway.
+    tb_init(pathList);
+    pieces = static_cast<int>(TB_LARGEST);
+    if (pieces == 0) return;
+
+    std::vector<const tableFile*> checked;
+    for (const tableFile& file : files)
+        if (file.type != tableFile::gaviota) checked.push_back(&file);
+    // A distance probe reads the win/draw/loss tables of the positions after
+    // each move, so those are tried first.
+    std::stable_partition(checked.begin(), checked.end(),
+                          [](const tableFile* file) { return file->type == tableFile::syzygyWdl; });
+    unsigned results[TB_MAX_MOVES];
+    const std::vector<tableHealth> health = checkTables(static_cast<int>(checked.size()), [&](int i) {
+        bool answered = true;
+        for (int variant = 0; variant < checkVariants; variant++) {
+            const tablePosition p = checked[i]->checkPosition(variant);
+            answered &= (checked[i]->type == tableFile::syzygyWdl ? wdlOf(p) : rootOf(p, results)) != TB_RESULT_FAILED;
+        }
+        return answered;
+    });
+    // A table that does not answer may only miss a smaller one, and the
+    // library has said what it found; only a table that crashes is left out.
+    for (size_t i = 0; i < checked.size(); i++)
+        if (health[i] == tableHealth::crashed) damaged.push_back(*checked[i]);
+}
+
+bool syzygyTables::reachesDamaged(const tablePosition& p) const {
+    for (const tableFile& file : damaged)
+        if (file.reachableFrom(p)) return true;
+    return false;
+}
+
+bool syzygyTables::probeWdl(const tablePosition& p, int& wdl) const {
+    if (!damaged.empty() && reachesDamaged(p)) return false;
+    const unsigned result = wdlOf(p);
+    wdl = static_cast<int>(result) - 2;
+    return result != TB_RESULT_FAILED;
+}
+
+int syzygyTables::probeRoot(const tablePosition& p, tableMove& position, tableMove* moves) const {
+    if (!damaged.empty() && reachesDamaged(p)) return -1;
+    unsigned results[TB_MAX_MOVES];
+    const unsigned result = rootOf(p, results);
+    if (result == TB_RESULT_FAILED || result == TB_RESULT_CHECKMATE || result == TB_RESULT_STALEMATE) return -1;
+    position = moveOf(result);
+    int count = 0;
+    while (count < TB_MAX_MOVES && results[count] != TB_RESULT_FAILED) {
+        moves[count] = moveOf(results[count]);
+        count++;
+    }
+    return count;
+}

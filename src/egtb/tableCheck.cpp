@@ -1,0 +1,93 @@
+#include "egtb/tableCheck.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+
+namespace {
+
+constexpr int tableTimeoutMs = 2000;
+constexpr int totalTimeoutMs = 5000;
+
+using checkClock = std::chrono::steady_clock;
+
+// What the child reports: table i begun (state -1), answered (1) or not (0).
+struct report {
+    int table;
+    int state;
+};
+
+[[noreturn]] void probeInChild(int from, int count, const std::function<bool(int)>& probe, int out) {
+    // The libraries' own messages were printed once already, by the parent.
+    const int quiet = open("/dev/null", O_WRONLY);
+    dup2(quiet, 1);
+    dup2(quiet, 2);
+    for (int i = from; i < count; i++) {
+        report r{i, -1};
+        if (write(out, &r, sizeof r) != sizeof r) break;
+        r.state = probe(i) ? 1 : 0;
+        if (write(out, &r, sizeof r) != sizeof r) break;
+    }
+    _exit(0);
+}
+
+}  // namespace
+
+std::vector<tableHealth> checkTables(int count, const std::function<bool(int)>& probe) {
+    std::vector<tableHealth> health(count, tableHealth::sound);
+    const checkClock::time_point deadline = checkClock::now() + std::chrono::milliseconds(totalTimeoutMs);
+    int next = 0;
+    bool timeUp = false;
+    while (next < count && !timeUp) {
+        int channel[2];
+        if (pipe(channel) != 0) break;
+        fflush(stdout);
+        const pid_t child = fork();
+        if (child == 0) {
+            close(channel[0]);
+            probeInChild(next, count, probe, channel[1]);
+        }
+        close(channel[1]);
+        int begun = -1;
+        bool hung = false;
+        while (child > 0) {
+            const long long left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(deadline - checkClock::now()).count();
+            pollfd ready{channel[0], POLLIN, 0};
+            const int polled = left <= 0 ? 0 : poll(&ready, 1, static_cast<int>(std::min<long long>(tableTimeoutMs, left)));
+            if (polled < 0 && errno == EINTR) continue;
+            if (polled <= 0) {
+                hung = left > tableTimeoutMs;
+                timeUp = !hung;
+                break;
+            }
+            report r;
+            if (read(channel[0], &r, sizeof r) != sizeof r) break;  // the child has ended
+            if (r.state < 0) {
+                begun = r.table;
+                continue;
+            }
+            health[r.table] = r.state ? tableHealth::sound : tableHealth::failed;
+            begun = -1;
+            next = r.table + 1;
+        }
+        if (child > 0) {
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+        }
+        close(channel[0]);
+        if (child < 0 || (begun < 0 && !hung)) break;
+        if (begun >= 0 && (hung || !timeUp)) {
+            health[begun] = tableHealth::crashed;
+            next = begun + 1;
+        }
+    }
+    return health;
+}
