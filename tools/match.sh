@@ -9,6 +9,8 @@
 #     -o FILE      PGN output (default match.pgn; replaced)
 #     -T SECONDS   hard limit for the whole run (default from games and TC)
 #     -f / -s NAME first / second engine's PGN name (default the program's base name)
+#     -l FILE      start positions, one FEN a line: each game from the next one,
+#                  the first engine White in every game
 # Engines run in their own directories.
 # Exits non-zero when the first engine lost by illegal move, time forfeit,
 # crash or disconnect, when a game is unfinished or missing, or when the run
@@ -17,12 +19,12 @@ set -euo pipefail
 export PATH=$PATH:/usr/games
 
 games=2 tc="-tc 0:10 -inc 0.1" pgn=match.pgn limit="" ponder=false firstName="" secondName=""
-firstUci=false secondUci=false
+firstUci=false secondUci=false positions=""
 usage() {
-    sed -n '2,15p' "$0" | sed 's/^# \{0,1\}//' >&2
+    sed -n '2,17p' "$0" | sed 's/^# \{0,1\}//' >&2
     exit 2
 }
-while getopts "n:c:uUpo:T:f:s:" opt; do
+while getopts "n:c:uUpo:T:f:s:l:" opt; do
     case $opt in
         n) games=$OPTARG ;;
         c) tc=$OPTARG ;;
@@ -33,6 +35,7 @@ while getopts "n:c:uUpo:T:f:s:" opt; do
         T) limit=$OPTARG ;;
         f) firstName=$OPTARG ;;
         s) secondName=$OPTARG ;;
+        l) positions=$(realpath "$OPTARG") ;;
         *) usage ;;
     esac
 done
@@ -98,7 +101,9 @@ options=(-fcp "$firstCmd" -fd "$firstDir" -fn "$firstName"
          -adapterCommand 'polyglot -noini -ec "%fcp" -ed "%fd"'
          -mg "$games" "${tcOptions[@]}" -ponderNextMove "$ponder" -sgf "$pgn"
          -autoCallFlag true -popupExitMessage false -saveSettingsOnExit false
-         -soundProgram "" -noGUI -debug -nameOfDebugFile "$scratch/xboard.debug" "$@")
+         -soundProgram "" -noGUI -debug -nameOfDebugFile "$scratch/xboard.debug")
+[[ -n $positions ]] && options+=(-lpf "$positions" -lpi -1 -sameColorGames "$games")
+options+=("$@")
 status=0
 HOME=$scratch/home timeout -k 10 "$limit" xvfb-run -a xboard "${options[@]}" \
     > "$scratch/xboard.out" 2>&1 &

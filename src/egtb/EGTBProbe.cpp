@@ -40,6 +40,7 @@ EGTBProbe::EGTBProbe(const char* pathList, int cacheMB, bool slave) {
     syzygy.start(pathList, files);
     probeLimit = std::max(gaviota.pieces, syzygy.pieces);
     if (slave) return;
+    for (const tableFile& file : gaviota.unreadable) reportLine("*** Unable to read %s - file broken\n", file.path.c_str());
     for (const tableFile& file : gaviota.damaged) reportLine("*** %s corrupted\n", file.path.c_str());
     for (const tableFile& file : syzygy.damaged) reportLine("*** %s corrupted\n", file.path.c_str());
     if (probeLimit == 0) return;

@@ -39,7 +39,7 @@ bool gaviotaTables::start(const std::vector<std::string>& directories, const std
     int schemeFiles[5] = {};
     for (const tableFile& file : files)
         if (file.type == tableFile::gaviota) schemeFiles[file.scheme]++;
-    scheme = tb_CP4;
+    int scheme = tb_CP4;
     for (int s = tb_UNCOMPRESSED; s <= tb_CP4; s++)
         if (schemeFiles[s] > schemeFiles[scheme]) scheme = s;
 
@@ -69,14 +69,17 @@ bool gaviotaTables::start(const std::vector<std::string>& directories, const std
         }
         return true;
     });
-    for (size_t i = 0; i < checked.size(); i++)
-        if (health[i] != tableHealth::sound) damaged.push_back(*checked[i]);
+    for (size_t i = 0; i < checked.size(); i++) {
+        if (health[i] == tableHealth::crashed) damaged.push_back(*checked[i]);
+        if (health[i] == tableHealth::failed) unreadable.push_back(*checked[i]);
+    }
     return true;
 }
 
 bool gaviotaTables::probe(const tablePosition& p, int& value) const {
-    for (const tableFile& file : damaged)
-        if (file.holds(p)) return false;
+    for (const std::vector<tableFile>* left : {&damaged, &unreadable})
+        for (const tableFile& file : *left)
+            if (file.holds(p)) return false;
     unsigned info, plies;
     if (!probeFile(p, info, plies) || (info != tb_DRAW && info != tb_WMATE && info != tb_BMATE)) return false;
     // A win is an odd number of plies away, a loss an even number.

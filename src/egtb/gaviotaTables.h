@@ -9,9 +9,11 @@
 // library keeps one state per process, so there is one of these per process.
 class gaviotaTables {
 public:
-    int pieces = 0;                    // largest table found, 0 when none
-    int scheme = 0;                    // the compression scheme read
-    std::vector<tableFile> damaged;    // left out after the start-up check
+    int pieces = 0;  // largest table found, 0 when none
+    // Left out after the start-up check: files whose probe crashed, and
+    // files the library could not read.
+    std::vector<tableFile> damaged;
+    std::vector<tableFile> unreadable;
 
     ~gaviotaTables();
     // Opens the tables of the compression scheme that most files found in the

@@ -2,8 +2,6 @@
 
 #include <tbprobe.h>
 
-#include <algorithm>
-
 #include "egtb/tableCheck.h"
 
 namespace {
@@ -36,47 +34,49 @@ void syzygyTables::start(const char* pathList, const std::vector<tableFile>& fil
     // The library takes the list as it stands: directories separated by ':'.
     // It is never released: its release complains about the distance tables
     // it has read, and the end of the process frees them anyway.
+    if (splitPathList(pathList).empty()) return;
     tb_init(pathList);
     pieces = static_cast<int>(TB_LARGEST);
     if (pieces == 0) return;
 
-    std::vector<const tableFile*> checked;
-    for (const tableFile& file : files)
-        if (file.type != tableFile::gaviota) checked.push_back(&file);
     // A distance probe reads the win/draw/loss tables of the positions after
-    // each move, so those are tried first.
-    std::stable_partition(checked.begin(), checked.end(),
-                          [](const tableFile* file) { return file->type == tableFile::syzygyWdl; });
+    // each move, so those are tried first, and a distance table that leads
+    // into a damaged one is not tried (it is left out with it anyway).
     unsigned results[TB_MAX_MOVES];
-    const std::vector<tableHealth> health = checkTables(static_cast<int>(checked.size()), [&](int i) {
-        bool answered = true;
-        for (int variant = 0; variant < checkVariants; variant++) {
-            const tablePosition p = checked[i]->checkPosition(variant);
-            answered &= (checked[i]->type == tableFile::syzygyWdl ? wdlOf(p) : rootOf(p, results)) != TB_RESULT_FAILED;
-        }
-        return answered;
-    });
-    // A table that does not answer may only miss a smaller one, and the
-    // library has said what it found; only a table that crashes is left out.
-    for (size_t i = 0; i < checked.size(); i++)
-        if (health[i] == tableHealth::crashed) damaged.push_back(*checked[i]);
+    for (const tableFile::kind kind : {tableFile::syzygyWdl, tableFile::syzygyDtz}) {
+        std::vector<const tableFile*> checked;
+        for (const tableFile& file : files)
+            if (file.type == kind && !reachesDamaged(file.checkPosition(0), false)) checked.push_back(&file);
+        const std::vector<tableHealth> health = checkTables(static_cast<int>(checked.size()), [&](int i) {
+            bool answered = true;
+            for (int variant = 0; variant < checkVariants; variant++) {
+                const tablePosition p = checked[i]->checkPosition(variant);
+                answered &= (kind == tableFile::syzygyWdl ? wdlOf(p) : rootOf(p, results)) != TB_RESULT_FAILED;
+            }
+            return answered;
+        });
+        // A table that does not answer may only miss a smaller one, and the
+        // library has said what it found; only a table that crashes is left out.
+        for (size_t i = 0; i < checked.size(); i++)
+            if (health[i] == tableHealth::crashed) damaged.push_back(*checked[i]);
+    }
 }
 
-bool syzygyTables::reachesDamaged(const tablePosition& p) const {
+bool syzygyTables::reachesDamaged(const tablePosition& p, bool distancesToo) const {
     for (const tableFile& file : damaged)
-        if (file.reachableFrom(p)) return true;
+        if ((distancesToo || file.type == tableFile::syzygyWdl) && file.reachableFrom(p)) return true;
     return false;
 }
 
 bool syzygyTables::probeWdl(const tablePosition& p, int& wdl) const {
-    if (!damaged.empty() && reachesDamaged(p)) return false;
+    if (!damaged.empty() && reachesDamaged(p, false)) return false;
     const unsigned result = wdlOf(p);
     wdl = static_cast<int>(result) - 2;
     return result != TB_RESULT_FAILED;
 }
 
 int syzygyTables::probeRoot(const tablePosition& p, tableMove& position, tableMove* moves) const {
-    if (!damaged.empty() && reachesDamaged(p)) return -1;
+    if (!damaged.empty() && reachesDamaged(p, true)) return -1;
     unsigned results[TB_MAX_MOVES];
     const unsigned result = rootOf(p, results);
     if (result == TB_RESULT_FAILED || result == TB_RESULT_CHECKMATE || result == TB_RESULT_STALEMATE) return -1;

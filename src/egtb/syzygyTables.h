@@ -20,7 +20,7 @@ inline constexpr int tableMaxMoves = 256;
 class syzygyTables {
 public:
     int pieces = 0;                   // largest table found, 0 when none
-    std::vector<tableFile> damaged;   // left out, and every position that may lead into them
+    std::vector<tableFile> damaged;   // left out, with every position that may lead into them
 
     void start(const char* pathList, const std::vector<tableFile>& files);
     // Win/draw/loss (-2 .. 2) as after a capture or pawn move.
@@ -31,5 +31,5 @@ public:
     int probeRoot(const tablePosition& p, tableMove& position, tableMove* moves) const;
 
 private:
-    bool reachesDamaged(const tablePosition& p) const;
+    bool reachesDamaged(const tablePosition& p, bool distancesToo) const;
 };
