@@ -37,7 +37,7 @@ EGTBProbe::EGTBProbe(const char* pathList, int cacheMB, bool slave) {
         reportLine("Out of memory error\n");
         return;
     }
-    syzygy.start(pathList, files);
+    syzygy.start(directories, files);
     probeLimit = std::max(gaviota.pieces, syzygy.pieces);
     if (slave) return;
     for (const tableFile& file : gaviota.unreadable) reportLine("*** Unable to read %s - file broken\n", file.path.c_str());

@@ -35,7 +35,7 @@ gaviotaTables::~gaviotaTables() {
 }
 
 bool gaviotaTables::start(const std::vector<std::string>& directories, const std::vector<tableFile>& files,
-                          long long cacheMB) {
+                          int cacheMB) {
     int schemeFiles[5] = {};
     for (const tableFile& file : files)
         if (file.type == tableFile::gaviota) schemeFiles[file.scheme]++;
@@ -49,11 +49,8 @@ bool gaviotaTables::start(const std::vector<std::string>& directories, const std
     for (const std::string& directory : directories) paths = tbpaths_add(paths, directory.c_str());
     init(0, scheme, paths);
     started = true;
-    // A size that does not fit (a negative setting among them) leaves the cache off.
-    const unsigned long long bytes = static_cast<unsigned long long>(cacheMB) << 20;
-    if (cacheMB < 0 || bytes >> 20 != static_cast<unsigned long long>(cacheMB) || !tbcache_init(bytes, wdlFraction) ||
-        !tbcache_is_on())
-        return false;
+    // The library turns the cache off when it cannot have the memory.
+    if (cacheMB < 0 || !tbcache_init(static_cast<size_t>(cacheMB) << 20, wdlFraction) || !tbcache_is_on()) return false;
 
     const unsigned available = tb_availability();
     for (int n = 5; n >= 3 && pieces == 0; n--)
@@ -106,7 +103,7 @@ bool gaviotaTables::probeFile(const tablePosition& p, unsigned& info, unsigned& 
     // The library's castling bits run the other way round.
     const unsigned castles = (p.castling & 1 ? tb_WOO : 0) | (p.castling & 2 ? tb_WOOO : 0) |
                              (p.castling & 4 ? tb_BOO : 0) | (p.castling & 8 ? tb_BOOO : 0);
-    return tb_probe_hard(p.whiteToMove ? tb_WHITE_TO_MOVE : tb_BLACK_TO_MOVE,
-                         p.enPassant ? static_cast<unsigned>(p.enPassant) : static_cast<unsigned>(tb_NOSQUARE), castles, squares[0], squares[1],
+    const unsigned enPassant = p.enPassant ? static_cast<unsigned>(p.enPassant) : static_cast<unsigned>(tb_NOSQUARE);
+    return tb_probe_hard(p.whiteToMove ? tb_WHITE_TO_MOVE : tb_BLACK_TO_MOVE, enPassant, castles, squares[0], squares[1],
                          types[0], types[1], &info, &plies) != 0;
 }

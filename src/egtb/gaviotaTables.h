@@ -19,7 +19,7 @@ public:
     // Opens the tables of the compression scheme that most files found in the
     // directories use, and a cache of cacheMB MiB. False when the cache
     // cannot be had; then no table is used.
-    bool start(const std::vector<std::string>& directories, const std::vector<tableFile>& files, long long cacheMB);
+    bool start(const std::vector<std::string>& directories, const std::vector<tableFile>& files, int cacheMB);
     // The position's distance to mate as the value t of the score
     // conversion: 32768 - n when the side to move mates in n moves,
     // -32766 + n when it is mated in n (n = 0: mated now), 0 for a draw.

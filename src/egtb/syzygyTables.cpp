@@ -30,12 +30,15 @@ tableMove moveOf(unsigned result) {
 
 }  // namespace
 
-void syzygyTables::start(const char* pathList, const std::vector<tableFile>& files) {
-    // The library takes the list as it stands: directories separated by ':'.
+void syzygyTables::start(const std::vector<std::string>& directories, const std::vector<tableFile>& files) {
+    // The library takes one list separated by ':', and reads past the end of
+    // one that ends in a separator: so only the directories themselves go in.
     // It is never released: its release complains about the distance tables
     // it has read, and the end of the process frees them anyway.
-    if (splitPathList(pathList).empty()) return;
-    tb_init(pathList);
+    if (directories.empty()) return;
+    std::string pathList = directories[0];
+    for (size_t i = 1; i < directories.size(); i++) pathList += ":" + directories[i];
+    tb_init(pathList.c_str());
     pieces = static_cast<int>(TB_LARGEST);
     if (pieces == 0) return;
 

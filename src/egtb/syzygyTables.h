@@ -1,4 +1,5 @@
 #pragma once
+#include <string>
 #include <vector>
 
 #include "egtb/tableFile.h"
@@ -22,7 +23,7 @@ public:
     int pieces = 0;                   // largest table found, 0 when none
     std::vector<tableFile> damaged;   // left out, with every position that may lead into them
 
-    void start(const char* pathList, const std::vector<tableFile>& files);
+    void start(const std::vector<std::string>& directories, const std::vector<tableFile>& files);
     // Win/draw/loss (-2 .. 2) as after a capture or pawn move.
     bool probeWdl(const tablePosition& p, int& wdl) const;
     // The result of the position under its fifty-move count (position.wdl,

@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,6 +25,10 @@ struct report {
 };
 
 [[noreturn]] void probeInChild(int from, int count, const std::function<bool(int)>& probe, int out) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // A crash here is expected now and then: no core file.
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
     // The libraries' own messages were printed once already, by the parent.
     const int quiet = open("/dev/null", O_WRONLY);
     dup2(quiet, 1);

@@ -20,7 +20,7 @@ bool parseMaterial(const std::string& text, int (&count)[2][5]) {
             continue;
         }
         const char* letter = std::strchr(letters, c);
-        if (side < 0 || c == 0 || letter == nullptr) return false;
+        if (side < 0 || letter == nullptr || *letter == '\0') return false;
         count[side][letter - letters]++;
     }
     return side == 1;

@@ -1,16 +1,13 @@
 #pragma once
 #include <sys/stat.h>
 
-#include <cctype>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 // The tables committed for the tests, and the full 3- and 4-piece sets with
-// the answer files next to the repository when they are there.
+// their answer files next to the repository when they are there.
 inline std::string testTables(const char* kind) { return std::string(TEST_DATA) + "/tablebases/" + kind; }
 inline std::string sharedFile(const char* path) { return std::string(SHARED_DATA) + "/" + path; }
 inline bool exists(const std::string& path) {
@@ -18,30 +15,22 @@ inline bool exists(const std::string& path) {
     return stat(path.c_str(), &s) == 0;
 }
 
-// One EPD line: the position (with a zero move clock) and its opcodes.
+// One EPD line: the position (with a zero move clock) and its numeric opcodes.
 struct epdLine {
-    std::string fen;
-    std::string text;
-    bool has(const char* opcode) const { return text.find(std::string(" ") + opcode + " ") != std::string::npos; }
+    std::string fen, opcodes;
     int value(const char* opcode) const {
-        const size_t at = text.find(std::string(" ") + opcode + " ");
-        return at == std::string::npos ? 0 : std::atoi(text.c_str() + at + std::strlen(opcode) + 2);
-    }
-    int pieces() const {
-        int n = 0;
-        for (char c : fen.substr(0, fen.find(' '))) n += std::isalpha(static_cast<unsigned char>(c)) != 0;
-        return n;
+        const size_t at = opcodes.find(std::string(" ") + opcode + " ");
+        return at == std::string::npos ? 0 : std::stoi(opcodes.substr(at + std::string(opcode).size() + 2));
     }
 };
 
 inline epdLine parseEpd(const std::string& line) {
     std::istringstream in(line);
-    std::string field;
     epdLine epd;
+    std::string field;
     for (int n = 0; n < 4 && in >> field; n++) epd.fen += field + " ";
     epd.fen += "0 1";
-    std::getline(in, epd.text);
-    epd.text += " ";
+    std::getline(in, epd.opcodes);  // starts with the blank after the fourth field
     return epd;
 }
 
