@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <thread>
 
+#include "parallel/console.h"
 #include "parallel/searchProcess.h"
 #include "shell/settingsFile.h"
 
@@ -31,7 +32,7 @@ searchProcess::searchProcess(const char* instance, int number, int processCount,
         event(splitBlockReady[n], "handleSbReady_", suffix);
         objectName(name, sizeof name, "Mutex_SBlock_", instance, suffix);
         if (!objectsExist) {
-            if (!splitBlockMutex[n].create(name)) printf("Create Mutex- no handle, ERROR= %d\n", errno);
+            if (!splitBlockMutex[n].create(name)) printInfo("Create Mutex- no handle, ERROR= %d\n", errno);
             continue;
         }
         while (!splitBlockMutex[n].open(name)) std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));

@@ -75,6 +75,8 @@ struct sharedData {
     int32_t rootBestScore;
     int32_t rootMoveNumber;
     int32_t rootDepth;       // iteration being searched, as printed
+    int64_t nodeLimit;       // the search stops at this many nodes; 0: no limit
+    int32_t untilStopped;    // an infinite search: its move waits for the front end's stop
 
     // search switches
     int32_t enable_EGTB;

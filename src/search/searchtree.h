@@ -67,7 +67,13 @@ private:
     void waitForSlaves(int blockNumber);
     // Stops the block and every block split below it.
     void stopBlock(int blockNumber);
-    bool searchStopped() const { return shared->timer1.timeIsUp() || shared->allSearchprocesEnabled == 0; }
+    bool searchStopped() const {
+        return shared->timer1.timeIsUp() || shared->allSearchprocesEnabled == 0 || nodeLimitReached();
+    }
+    bool nodeLimitReached() const {
+        return shared->nodeLimit != 0 &&
+               nodes[0] + nodes[1] + shared->nodeTotals[0] + shared->nodeTotals[1] >= shared->nodeLimit;
+    }
     void reportNodes();
 };
 

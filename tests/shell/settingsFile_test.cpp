@@ -111,8 +111,8 @@ TEST_F(settingsFileTest, processCountIsMaxProcessesPlusOneAndBookPathIsCutAfterA
         {"-5", "books\\main.ctg\n", "Using 0 processor\n1 0 1 1 1 1 1 1 1 [books\\main.ctg]"},
         {"1", "plainbook\n", "Using 1 processor\n1 0 1 1 1 1 1 1 2 [plainbook\n]"},
         {"2", a44 + ".ctgzzzz\n", "Using 2 processors\n1 0 1 1 1 1 1 1 3 [" + a44 + ".ctg]"},
-        {"2147483647", a45 + ".ctgzzzz\n",  // too late to cut: 50 characters taken
-         "Using 2147483646 processors\n1 0 1 1 1 1 1 1 2147483647 [" + a45 + ".ctgz]"},
+        {"2147483647", a45 + ".ctgzzzz\n",  // too late to cut: 50 characters taken; no more processes than the record holds
+         "Using 9 processors\n1 0 1 1 1 1 1 1 10 [" + a45 + ".ctgz]"},
     };
     for (const auto& c : cases) {
         write(std::string("pref:MAXPROCESSES=") + c.maxProcesses + "\npref:book-path=" + c.book);

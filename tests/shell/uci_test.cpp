@@ -96,7 +96,7 @@ TEST_F(UciSession, GoStopPonderAndPonderhit) {
 TEST_F(UciSession, PositionMovesStopAtTheFirstBadMove) {
     start();
     engine->send("uci\nisready\n");
-    expectReply("position startpos moves e2e4 e7e5 e1e3 g1f3\n", "Error (ambiguous move): e1e3 g1f3\n\n");
+    expectReply("position startpos moves e2e4 e7e5 e1e3 g1f3\n", "info string Error (ambiguous move): e1e3 g1f3\n");
     engine->closeInput();
     EXPECT_EQ(engine->exitStatus(), 0);
 }
