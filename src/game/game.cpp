@@ -158,7 +158,7 @@ bool game::setupPosition(const char* fen) {
         position = previous;
         std::memcpy(keyHistory, previousKeys, sizeof previousKeys);
         if (shared->outputMode == 2) printInfo("Illegal position\n");
-        else printf("tellusererror Illegal position\n");
+        else printLine("tellusererror Illegal position\n");
         return false;
     }
     snprintf(setupFen, sizeof setupFen, "%s", fen);

@@ -11,6 +11,7 @@ namespace {
 
 constexpr const char outputVariable[] = "TALVIN_OUTPUT";
 int uciMode = -1;  // not yet read from the environment
+constexpr int lineBufferBytes = 12000;  // an echoed command line fits
 
 bool hasText(const char* line, size_t length) {
     for (size_t i = 0; i < length; i++)
@@ -46,8 +47,19 @@ void writeInfo(const char* text) {
     }
 }
 
+void printLine(const char* format, ...) {
+    char text[lineBufferBytes];
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    mutex::waitIO();
+    fputs(text, stdout);
+    mutex::releaseIO();
+}
+
 void printInfo(const char* format, ...) {
-    char text[4096];
+    char text[lineBufferBytes];
     va_list arguments;
     va_start(arguments, format);
     vsnprintf(text, sizeof text, format, arguments);

@@ -15,3 +15,7 @@ bool uciOutput();
 void printInfo(const char* format, ...) __attribute__((format(printf, 1, 2)));
 // The same for a caller that already holds the I/O mutex or cannot take it.
 void writeInfo(const char* text);
+
+// A protocol line, printf-like, whole under the I/O mutex so that no other
+// process's line cuts into it.
+void printLine(const char* format, ...) __attribute__((format(printf, 1, 2)));

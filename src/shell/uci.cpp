@@ -133,7 +133,7 @@ void go(game& g, const char* line) {
     sharedData& shared = *g.shared;
     if (positionRefused) {
         printInfo("Illegal position: no search\n");
-        printf("bestmove 0000\n");
+        printLine("bestmove 0000\n");
         return;
     }
     const bool white = g.position.toMove == 1;
@@ -158,10 +158,11 @@ void go(game& g, const char* line) {
     // The times bound every budget, a movetime's too, and update the clock for a ponder hit.
     if (!infinite && goFlag(line, "wtime ")) g.setTimeWhite(static_cast<int>(goValue(line, "wtime ")));
     if (!infinite && goFlag(line, "btime ")) g.setTimeBlack(static_cast<int>(goValue(line, "btime ")));
-    // Depth N ends with iteration N; a mate in N needs 2N - 1 plies, and the
-    // search stops by itself once it has proven a mate.
+    // Depth N ends with iteration N. A mate in N is 2N - 1 plies, and the
+    // search sees it one ply later, where the side mated has no move: at
+    // most 2N iterations; the search stops by itself once it has a mate.
     if (depth > 0) shared.maxDepth = depth - 1;
-    if (mate > 0) shared.maxDepth = std::min(shared.maxDepth, 2 * mate - 2);
+    if (mate > 0) shared.maxDepth = std::min(shared.maxDepth, 2 * mate - 1);
     shared.nodeLimit = nodes > 0 ? nodes : 0;
     shared.untilStopped = infinite;
     if (goFlag(line, "ponder")) {
@@ -210,7 +211,7 @@ int runUci() {
     g.shared->outputMode = 2;
     g.setClock(0, 0, 5000);
     while (!ended && !startsWith(line, "quit")) {
-        if (startsWith(line, "isready")) printf("readyok\n");
+        if (startsWith(line, "isready")) printLine("readyok\n");
         else if (startsWith(line, "ucinewgame")) {
             g.engineActive = 0;
             g.stopClock();

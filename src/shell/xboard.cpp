@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "game/game.h"
+#include "parallel/console.h"
 #include "parallel/instance.h"
 #include "shell/protocols.h"
 
@@ -23,18 +24,14 @@ void setLevel(game& g, const char* line) {
     }
     // A fractional increment ("0.1") is kept, not cut to whole seconds.
     const int incrementMs = p ? static_cast<int>(strtod(p, nullptr) * 1000) : 0;
-    printf("moves=%d starttime=%d inc=%d\n", moves, baseMs, incrementMs);
+    printLine("moves=%d starttime=%d inc=%d\n", moves, baseMs, incrementMs);
     g.setClock(moves, baseMs, incrementMs);
 }
 
 void printFeatures() {
-    printf("feature myname=\"%s\"\n", engineName);
-    printf("feature sigint=0\n");
-    printf("feature sigterm=0\n");
-    printf("feature variants=normal\n");
-    printf("feature ping=1\n");
-    printf("feature setboard=1\n");
-    printf("feature done=1\n");
+    printLine("feature myname=\"%s\"\nfeature sigint=0\nfeature sigterm=0\nfeature variants=normal\n"
+              "feature ping=1\nfeature setboard=1\nfeature done=1\n",
+              engineName);
 }
 
 void dispatch(game& g, const char* line, bool& analyze) {
@@ -100,7 +97,7 @@ void dispatch(game& g, const char* line, bool& analyze) {
         g.associateEngineWithSide(g.position.toMove);
         g.thinkAndMakeBestMove();
     } else if (startsWith(line, "auto")) g.autoPlay();
-    else if (startsWith(line, "ping")) printf("pong %d\n", strlen(line) > 5 ? atoi(line + 5) : 0);
+    else if (startsWith(line, "ping")) printLine("pong %d\n", strlen(line) > 5 ? atoi(line + 5) : 0);
     else if (startsWith(line, "sd ")) shared.maxDepth = atoi(line + 3);
     else if (startsWith(line, "time")) clock.setTime(clock.enginePlaysWhite ? 1 : 0, atoi(line + 4) * 10);
     else if (startsWith(line, "otim")) clock.setTime(clock.enginePlaysBlack ? 1 : 0, atoi(line + 4) * 10);
@@ -119,7 +116,7 @@ void dispatch(game& g, const char* line, bool& analyze) {
         if (g.makeMove(line) && g.engineActive) g.thinkAndMakeBestMove();
         if (analyze) g.startPondering();
     } else {
-        printf("Error: (unknown command):%s\n", line);
+        printLine("Error: (unknown command):%s\n", line);
     }
 }
 

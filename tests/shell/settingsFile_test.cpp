@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -117,6 +118,17 @@ TEST_F(settingsFileTest, processCountIsMaxProcessesPlusOneAndBookPathIsCutAfterA
     for (const auto& c : cases) {
         write(std::string("pref:MAXPROCESSES=") + c.maxProcesses + "\npref:book-path=" + c.book);
         EXPECT_EQ(readAll(), c.expected + " 100 300 300 500 900" + otherDefaults);
+    }
+}
+
+TEST_F(settingsFileTest, moveOverheadIsReadAndNeverNegative) {
+    for (const auto& [text, overhead] : {std::pair{"", 50}, {"pref:moveOverhead=120\n", 120}, {"pref:moveOverhead=-5\n", 0}}) {
+        write(text);
+        gameSettings g;
+        testing::internal::CaptureStdout();
+        readGameSettings(file, g);
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(g.moveOverheadMs, overhead) << text;
     }
 }
 
