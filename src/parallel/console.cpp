@@ -47,24 +47,25 @@ void writeInfo(const char* text) {
     }
 }
 
-void printLine(const char* format, ...) {
+// The formatted text, written under the I/O mutex by write.
+static void printFormatted(void (*write)(const char*), const char* format, va_list arguments) {
     char text[lineBufferBytes];
-    va_list arguments;
-    va_start(arguments, format);
     vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
     mutex::waitIO();
-    fputs(text, stdout);
+    write(text);
     mutex::releaseIO();
 }
 
-void printInfo(const char* format, ...) {
-    char text[lineBufferBytes];
+void printLine(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    vsnprintf(text, sizeof text, format, arguments);
+    printFormatted([](const char* text) { fputs(text, stdout); }, format, arguments);
     va_end(arguments);
-    mutex::waitIO();
-    writeInfo(text);
-    mutex::releaseIO();
+}
+
+void printInfo(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    printFormatted(writeInfo, format, arguments);
+    va_end(arguments);
 }
