@@ -1,0 +1,212 @@
+#include "book/ctgBook.h"
+
+#include <map>
+#include <random>
+
+#include "book/book.h"
+#include "bookFiles.h"
+
+namespace {
+
+constexpr const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+
+std::string fenAfter(const char* moves, const char* fen = startFen) {
+    board b = boardFrom(fen);
+    std::istringstream text(moves);
+    for (std::string move; text >> move;) play(b, move.c_str());
+    return fenOf(b);
+}
+
+using CtgBook = BookFiles;
+
+// The worked example of the format: 1.e4 and 1.d4 from ten games, 1...e5
+// (marked "!") and 1...c5, the position after 1.d4 too rare to be kept.
+TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
+    ctgWriter writer;
+    writer.maxPlies = 2;
+    writer.minGames = 5;
+    writeCtg("e2e4 e7e5$1 1-0\ne2e4 e7e5 1-0\ne2e4 e7e5 1-0\ne2e4 c7c5 0-1\ne2e4 c7c5 1/2-1/2\ne2e4 c7c5 1/2-1/2\n"
+             "d2d4 1-0\nd2d4 1-0\nd2d4 0-1\nd2d4 0-1\n",
+             writer);
+    const std::string initial = "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f";
+    const std::string afterE4 = "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c7 21 a6 0f 59 60 f3 b6 0f 7f";
+    auto bytes = [](const std::string& hex) {
+        std::string out;
+        for (size_t i = 0; i < hex.size(); i += 3) out += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+        return out;
+    };
+    std::string page = bytes("00 02 00 7c " + initial + " 05 5f 00 eb 00 00 00 0a 00 00 05 00 00 03 00 00 02");
+    page.resize(4 + 60, '\0');
+    page += bytes(afterE4 + " 05 5f 01 9b 00 00 00 06 00 00 01 00 00 03 00 00 02");
+    page.resize(4096, '\0');
+    std::string header(4096, '\0');
+    header[31] = 10;
+    EXPECT_EQ(read("book.ctg"), header + page);
+    EXPECT_EQ(read("book.cto"), bytes("00 00 00 00 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 00"));
+    EXPECT_EQ(read("book.ctb"), bytes("00 00 00 00 c0"));
+
+    ctgBook reader(path("book.ctg").c_str());
+    EXPECT_EQ(movesOf(reader, startFen), "e2e4 d2d4");
+    EXPECT_EQ(resultsOf(reader, startFen), "3 2 5");
+    EXPECT_EQ(movesOf(reader, fenAfter("e2e4").c_str()), "e7e5/1 c7c5");
+    EXPECT_EQ(resultsOf(reader, fenAfter("e2e4").c_str()), "3 2 1");
+    EXPECT_FALSE(reader.contains(fenAfter("d2d4").c_str()));
+
+    // The same two positions on level 3 of the index, in two pages.
+    writer.tableLevel = 3;
+    writeCtg("e2e4 e7e5$1 1-0\ne2e4 e7e5 1-0\ne2e4 e7e5 1-0\ne2e4 c7c5 0-1\ne2e4 c7c5 1/2-1/2\ne2e4 c7c5 1/2-1/2\n"
+             "d2d4 1-0\nd2d4 1-0\nd2d4 0-1\nd2d4 0-1\n",
+             writer);
+    const std::string empty = "ff ff ff ff";
+    EXPECT_EQ(read("book.cto").substr(16), bytes("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+                                                 "00 00 00 00 " + empty + " " + empty + " " + empty + " 00 00 00 00 " +
+                                                 empty + " " + empty + " " + empty + " 00 00 00 01"));
+    ctgBook levelled(path("book.ctg").c_str());
+    EXPECT_EQ(movesOf(levelled, fenAfter("e2e4").c_str()), "e7e5/1 c7c5");
+    EXPECT_EQ(movesOf(levelled, startFen), "e2e4 d2d4");
+}
+
+// Black to move, mirrored positions, castling both ways, en passant, a
+// promotion, annotation bytes, and a move into a position left out.
+TEST_F(CtgBook, MovesAndCountsComeBackInBookOrder) {
+    ctgWriter writer;
+    writer.minGames = 2;
+    writeCtg("[FEN \"8/2k1P3/8/8/8/8/8/6K1 w - - 0 1\"] 1. e8=Q Kb6 2. Qe3+ 1-0\n"
+             "[FEN \"8/2k1P3/8/8/8/8/8/6K1 w - - 0 1\"] 1. e8=Q Kb7?! (1... Kb6 {better}) 1/2-1/2\n"
+             "1. e4 a6 2. e5 d5 3. exd6 $75 e6 4. Nf3 Nf6 5. Bc4 Be7 6. O-O O-O 1-0\n"
+             "1. e4 a6 2. e5 d5 3. exd6 1-0\n"
+             "1. d4 d5 2. Bf4 Bf5 3. Nc3 Nc6 4. Qd2 Qd7 5. O-O-O O-O-O 0-1\n"
+             "1. d4 d5 2. Bf4 Bf5 3. Nc3 Nc6 4. Qd2 Qd7 5. O-O-O O-O-O 1/2-1/2\n"
+             "1. d4 d5 2. Nf3 0-1\n",
+             writer, true);
+    ctgBook reader(path("book.ctg").c_str());
+    const std::string promotion = "8/2k1P3/8/8/8/8/8/6K1 w - - 0 1";
+    const std::string afterPromotion = fenAfter("e7e8q", promotion.c_str());  // Black to move, mirrored
+    const struct {
+        std::string fen, moves, results;
+    } cases[] = {
+        {startFen, "e2e4 d2d4", "2 1 2"},
+        {fenAfter("e2e4"), "a7a6", "2 0 0"},
+        {fenAfter("e2e4 a7a6 e4e5 d7d5"), "e5d6/75", "0 0 2"},
+        {fenAfter("e2e4 a7a6 e4e5 d7d5 e5d6 e7e6 g1f3 g8f6 f1c4 f8e7"), "", "none"},  // one game only
+        {fenAfter("d2d4 d7d5"), "c1f4 g1f3", "2 1 0"},
+        {fenAfter("d2d4 d7d5 c1f4 c8f5 b1c3 b8c6 d1d2 d8d7"), "e1c1", "1 1 0"},
+        {fenAfter("d2d4 d7d5 c1f4 c8f5 b1c3 b8c6 d1d2 d8d7 e1c1"), "e8c8", "0 1 1"},
+        {fenAfter("d2d4 d7d5 g1f3"), "", "none"},
+        {promotion, "e7e8q", "0 1 1"},
+        {afterPromotion, "c7b6 c7b7/6", "1 1 0"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(reader.contains(c.fen.c_str()), c.results != "none") << c.fen;
+        EXPECT_EQ(movesOf(reader, c.fen.c_str()), c.results == "none" ? "unreadable" : c.moves) << c.fen;
+        EXPECT_EQ(resultsOf(reader, c.fen.c_str()), c.results) << c.fen;
+    }
+
+    // Played from the book: the marked move never; the move into the
+    // left-out position weighs 1, more than 1.Bf4 with W + D / 2 = 0 + 1 / 2.
+    book openingBook;
+    openingBook.source = std::make_unique<ctgBook>(path("book.ctg").c_str());
+    char move[16];
+    for (uint32_t random = 0; random < 50; random++) {
+        EXPECT_FALSE(openingBook.chooseMove(boardFrom(fenAfter("e2e4 a7a6 e4e5 d7d5").c_str()), move, random));
+        ASSERT_TRUE(openingBook.chooseMove(boardFrom(fenAfter("d2d4 d7d5").c_str()), move, random));
+        EXPECT_STREQ(move, "g1f3");
+    }
+}
+
+// Random games fill many pages; every position of every game is found again
+// with the move played and the games that passed through it.
+TEST_F(CtgBook, ManyPagesKeepEveryPosition) {
+    std::mt19937 random(7);
+    std::string games;
+    std::vector<std::vector<std::string>> lines;
+    for (int game = 0; game < 60; game++) {
+        board b = boardFrom(startFen);
+        std::vector<std::string> line;
+        for (int ply = 0; ply < 12; ply++) {
+            uint16_t legal[moveBufferSize];
+            b.generateLegalMoves(legal);
+            ctgPosition position;
+            position.setup(fenOf(b).c_str());
+            std::vector<int> storable;
+            for (int i = 0; legal[i]; i++) {
+                const int from = moveFrom(legal[i]), to = moveTo(legal[i]);
+                if (position.encodeMove(squareOf(7 - from % 8, from / 8), squareOf(7 - to % 8, to / 8), 0) >= 0)
+                    storable.push_back(legal[i]);
+            }
+            // Few choices early, so that lines share positions.
+            const int move = storable[random() % (ply < 2 ? 2 : storable.size())];
+            line.push_back(moveText(move));
+            games += line.back() + " ";
+            b.makeMove(move);
+        }
+        games += game % 3 == 0 ? "1-0\n" : game % 3 == 1 ? "0-1\n" : "1/2-1/2\n";
+        lines.push_back(line);
+    }
+    writeCtg(games);
+    EXPECT_GT(lastWriter.dataPages, 3);
+    ctgBook reader(path("book.ctg").c_str());
+    std::map<std::string, int> passing;
+    for (const auto& line : lines) {
+        board b = boardFrom(startFen);
+        for (const std::string& move : line) {
+            passing[fenOf(b)]++;
+            ASSERT_TRUE(reader.contains(fenOf(b).c_str())) << fenOf(b);
+            EXPECT_NE(movesOf(reader, fenOf(b).c_str()).find(move), std::string::npos) << fenOf(b) << " " << move;
+            play(b, move.c_str());
+        }
+    }
+    for (const auto& [fen, count] : passing) {
+        int wins, draws, losses;
+        ASSERT_TRUE(reader.results(fen.c_str(), wins, draws, losses));
+        EXPECT_EQ(wins + draws + losses, count) << fen;
+    }
+}
+
+// A damaged or missing book answers "not in the book", with at most one
+// message a probe and never an illegal move.
+TEST_F(CtgBook, DamagedBooksAreReportedOnceAndHoldNothing) {
+    writeCtg("e2e4 e7e5 1-0\nd2d4 d7d5 0-1\n");
+    const std::string ctg = read("book.ctg"), cto = read("book.cto"), ctb = read("book.ctb");
+    ctgPosition start;
+    start.setup(startFen);
+    const size_t startEntry = ctg.find(std::string(reinterpret_cast<const char*>(start.encoding), start.length));
+    ASSERT_GT(startEntry, 4096u);
+    auto withByte = [](std::string bytes, size_t at, char value) {
+        bytes[at] = value;
+        return bytes;
+    };
+    const struct {
+        const char* damage;
+        std::string ctg, cto, ctb, message, startMoves;
+    } cases[] = {
+        {"no .ctg", "", cto, ctb, "Error reading cgt-file\n", "unreadable"},
+        {"truncated .ctg", ctg.substr(0, 5000), cto, ctb, "Error reading cgt-file\n", "unreadable"},
+        {"no .cto", ctg, "", ctb, "Error reading cto-file: " + path("book.cto") + "\n", "unreadable"},
+        {"short .cto", ctg, cto.substr(0, 12), ctb, "Error reading cto-file: " + path("book.cto") + "\n", "unreadable"},
+        {"no .ctb", ctg, cto, "", "Error reading ctb-file: " + path("book.ctb") + "\n", "unreadable"},
+        {"bytes in use beyond the page", withByte(ctg, 4096 + 2, 0x20), cto, ctb, "", "unreadable"},
+        {"even moves length", withByte(ctg, startEntry + 22, 4), cto, ctb, "", "unreadable"},
+        {"index past the end", ctg, withByte(cto, 19, 9), ctb, "", "unreadable"},
+        {"illegal move byte", withByte(ctg, startEntry + 23, 0x00), cto, ctb, "", "d2d4"},
+        {"partial last page", ctg + std::string(100, '\x55'), cto, ctb, "", "e2e4 d2d4"},
+    };
+    for (const auto& c : cases) {
+        for (const char* name : {"book.ctg", "book.cto", "book.ctb"}) std::remove(path(name).c_str());
+        if (!c.ctg.empty()) write("book.ctg", c.ctg);
+        if (!c.cto.empty()) write("book.cto", c.cto);
+        if (!c.ctb.empty()) write("book.ctb", c.ctb);
+        ctgBook reader(path("book.ctg").c_str());
+        for (int probe = 0; probe < 2; probe++) {
+            testing::internal::CaptureStdout();
+            const bool found = reader.contains(startFen);
+            EXPECT_EQ(testing::internal::GetCapturedStdout(), c.message) << c.damage;
+            EXPECT_EQ(found, c.startMoves != "unreadable") << c.damage;
+        }
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(movesOf(reader, startFen), c.startMoves) << c.damage;
+        testing::internal::GetCapturedStdout();
+    }
+}
+
+}  // namespace
