@@ -12,6 +12,15 @@
 #include "bookGames.h"
 #include "ctgWriter.h"
 
+inline constexpr const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+
+inline std::string fenAfter(const char* moves, const char* fen = startFen) {
+    board b = boardFrom(fen);
+    std::istringstream text(moves);
+    for (std::string move; text >> move;) play(b, move.c_str());
+    return fenOf(b);
+}
+
 // A scratch directory per test for the book files it writes.
 class BookFiles : public ::testing::Test {
 protected:
@@ -35,7 +44,7 @@ protected:
     std::string writeCtg(const std::string& games, ctgWriter writer = {}, bool pgn = false) {
         std::vector<std::string> warnings;
         std::string error;
-        readBookGames(games, pgn, boardFrom("8/8/8/8/8/8/8/K6k w - - 0 1"), [&](const bookGame& game) {
+        readBookGames(games, pgn, boardFrom(startFen), [&](const bookGame& game) {
             EXPECT_TRUE(writer.addGame(game, error)) << error;
         }, warnings);
         EXPECT_TRUE(warnings.empty()) << warnings.front();
@@ -55,7 +64,10 @@ inline std::string movesOf(bookSource& source, const char* fen) {
     for (int i = 0; i < count; i++) {
         if (i) text += ' ';
         text += entries[i].move;
-        if (entries[i].annotation) text += "/" + std::to_string(entries[i].annotation);
+        if (entries[i].annotation) {
+            text += '/';
+            text += std::to_string(entries[i].annotation);
+        }
     }
     return text;
 }

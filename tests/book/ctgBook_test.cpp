@@ -8,14 +8,6 @@
 
 namespace {
 
-constexpr const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
-
-std::string fenAfter(const char* moves, const char* fen = startFen) {
-    board b = boardFrom(fen);
-    std::istringstream text(moves);
-    for (std::string move; text >> move;) play(b, move.c_str());
-    return fenOf(b);
-}
 
 using CtgBook = BookFiles;
 
