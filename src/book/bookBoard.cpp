@@ -105,7 +105,7 @@ bool bookBoard::attacked(int square, bool byWhite) const {
 }
 
 bool bookBoard::pathClear(int from, int to) const {
-    const int step = squareOf(sign(fileOf(to) - fileOf(from)), 0) + squareOf(0, sign(rankOf(to) - rankOf(from)));
+    const int step = sign(fileOf(to) - fileOf(from)) + 8 * sign(rankOf(to) - rankOf(from));
     for (int square = from + step; square != to; square += step)
         if (piece[square] != empty) return false;
     return true;

@@ -1,5 +1,6 @@
 #include "book/ctgPosition.h"
 
+#include <array>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -93,15 +94,13 @@ struct byteMeanings {
     bool writable;
 };
 
-const byteMeanings* moveTable() {
+const std::array<byteMeanings, 256>& moveTable() {
     static const auto table = [] {
-        struct {
-            byteMeanings bytes[256];
-        } parsed{};
+        std::array<byteMeanings, 256> parsed{};
         for (int code = 0; code < 256; code++) {
             const char* text = moveMeanings[code];
             if (text == nullptr) continue;
-            byteMeanings& meanings = parsed.bytes[code];
+            byteMeanings& meanings = parsed[code];
             meanings.writable = *text != '?';
             if (!meanings.writable) text++;
             while (*text) {
@@ -116,7 +115,7 @@ const byteMeanings* moveTable() {
         }
         return parsed;
     }();
-    return table.bytes;
+    return table;
 }
 
 constexpr uint32_t hashConstants[64] = {
