@@ -201,4 +201,30 @@ TEST_F(CtgBook, DamagedBooksAreReportedOnceAndHoldNothing) {
     }
 }
 
+// Books with random bytes changed: whatever comes back is a legal move.
+TEST_F(CtgBook, RandomlyDamagedBooksGiveOnlyLegalMoves) {
+    writeCtg("e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 1-0\nd2d4 d7d5 c2c4 e7e6 0-1\nc2c4 e7e5 b1c3 g8f6 1/2-1/2\n");
+    const std::string ctg = read("book.ctg"), cto = read("book.cto");
+    const std::string fens[] = {startFen, fenAfter("e2e4"), fenAfter("e2e4 e7e5 g1f3 b8c6"), fenAfter("d2d4 d7d5 c2c4")};
+    std::mt19937 random(3);
+    for (int trial = 0; trial < 300; trial++) {
+        std::string damagedCtg = ctg, damagedCto = cto;
+        for (int i = 0; i < 8; i++) damagedCtg[4096 + random() % 300] = static_cast<char>(random());
+        if (trial % 4 == 0) damagedCto[16 + random() % (cto.size() - 16)] = static_cast<char>(random());
+        write("book.ctg", damagedCtg);
+        write("book.cto", damagedCto);
+        ctgBook reader(path("book.ctg").c_str());
+        for (const std::string& fen : fens) {
+            bookSource::entry entries[maxBookMoves];
+            int count = 0;
+            int wins, draws, losses;
+            reader.contains(fen.c_str());
+            reader.results(fen.c_str(), wins, draws, losses);
+            if (!reader.moves(fen.c_str(), entries, maxBookMoves, count)) continue;
+            for (int i = 0; i < count; i++)
+                EXPECT_NE(boardFrom(fen.c_str()).convertMovestringToInt(entries[i].move), 0) << trial << " " << entries[i].move;
+        }
+    }
+}
+
 }  // namespace
