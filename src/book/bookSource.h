@@ -10,8 +10,8 @@ public:
         int annotation;  // the move's annotation byte
     };
     virtual ~bookSource() = default;
-    // Is the position in the book? A book that cannot be read is reported
-    // here, with one message a call, and holds no position.
+    // Is the position in the book? A book that cannot be read prints one
+    // message a call and holds no position.
     virtual bool contains(const char* fen) = 0;
     // The position's legal book moves in book order; false when the position
     // cannot be read.

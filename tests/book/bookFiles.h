@@ -78,3 +78,17 @@ inline std::string resultsOf(bookSource& source, const char* fen) {
     if (!source.results(fen, wins, draws, losses)) return "none";
     return std::to_string(wins) + " " + std::to_string(draws) + " " + std::to_string(losses);
 }
+
+// Two probes of the start position each print the message (or nothing) once
+// and find the position exactly when it has readable moves.
+inline void expectProbes(bookSource& reader, const std::string& message, const std::string& moves, const char* label) {
+    for (int probe = 0; probe < 2; probe++) {
+        testing::internal::CaptureStdout();
+        const bool found = reader.contains(startFen);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), message) << label;
+        EXPECT_EQ(found, moves != "unreadable") << label;
+    }
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(movesOf(reader, startFen), moves) << label;
+    testing::internal::GetCapturedStdout();
+}

@@ -1,5 +1,6 @@
 #include "book/ctgBook.h"
 
+#include <iterator>
 #include <map>
 #include <random>
 
@@ -8,28 +9,28 @@
 
 namespace {
 
-
 using CtgBook = BookFiles;
+
+std::string bytes(const std::string& hex) {
+    std::string out;
+    for (size_t i = 0; i < hex.size(); i += 3) out += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+    return out;
+}
 
 // The worked example of the format: 1.e4 and 1.d4 from ten games, 1...e5
 // (marked "!") and 1...c5, the position after 1.d4 too rare to be kept.
 TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
+    const std::string games = "e2e4 e7e5$1 1-0\ne2e4 e7e5 1-0\ne2e4 e7e5 1-0\ne2e4 c7c5 0-1\ne2e4 c7c5 1/2-1/2\n"
+                              "e2e4 c7c5 1/2-1/2\nd2d4 1-0\nd2d4 1-0\nd2d4 0-1\nd2d4 0-1\n";
     ctgWriter writer;
     writer.maxPlies = 2;
     writer.minGames = 5;
-    writeCtg("e2e4 e7e5$1 1-0\ne2e4 e7e5 1-0\ne2e4 e7e5 1-0\ne2e4 c7c5 0-1\ne2e4 c7c5 1/2-1/2\ne2e4 c7c5 1/2-1/2\n"
-             "d2d4 1-0\nd2d4 1-0\nd2d4 0-1\nd2d4 0-1\n",
-             writer);
-    const std::string initial = "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f";
-    const std::string afterE4 = "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c7 21 a6 0f 59 60 f3 b6 0f 7f";
-    auto bytes = [](const std::string& hex) {
-        std::string out;
-        for (size_t i = 0; i < hex.size(); i += 3) out += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-        return out;
-    };
-    std::string page = bytes("00 02 00 7c " + initial + " 05 5f 00 eb 00 00 00 0a 00 00 05 00 00 03 00 00 02");
+    writeCtg(games, writer);
+    std::string page = bytes("00 02 00 7c 56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f "
+                             "05 5f 00 eb 00 00 00 0a 00 00 05 00 00 03 00 00 02");
     page.resize(4 + 60, '\0');
-    page += bytes(afterE4 + " 05 5f 01 9b 00 00 00 06 00 00 01 00 00 03 00 00 02");
+    page += bytes("56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c7 21 a6 0f 59 60 f3 b6 0f 7f "
+                  "05 5f 01 9b 00 00 00 06 00 00 01 00 00 03 00 00 02");
     page.resize(4096, '\0');
     std::string header(4096, '\0');
     header[31] = 10;
@@ -37,25 +38,20 @@ TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
     EXPECT_EQ(read("book.cto"), bytes("00 00 00 00 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 00"));
     EXPECT_EQ(read("book.ctb"), bytes("00 00 00 00 c0"));
 
-    ctgBook reader(path("book.ctg").c_str());
-    EXPECT_EQ(movesOf(reader, startFen), "e2e4 d2d4");
-    EXPECT_EQ(resultsOf(reader, startFen), "3 2 5");
-    EXPECT_EQ(movesOf(reader, fenAfter("e2e4").c_str()), "e7e5/1 c7c5");
-    EXPECT_EQ(resultsOf(reader, fenAfter("e2e4").c_str()), "3 2 1");
-    EXPECT_FALSE(reader.contains(fenAfter("d2d4").c_str()));
-
     // The same two positions on level 3 of the index, in two pages.
-    writer.tableLevel = 3;
-    writeCtg("e2e4 e7e5$1 1-0\ne2e4 e7e5 1-0\ne2e4 e7e5 1-0\ne2e4 c7c5 0-1\ne2e4 c7c5 1/2-1/2\ne2e4 c7c5 1/2-1/2\n"
-             "d2d4 1-0\nd2d4 1-0\nd2d4 0-1\nd2d4 0-1\n",
-             writer);
-    const std::string empty = "ff ff ff ff";
-    EXPECT_EQ(read("book.cto").substr(16), bytes("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-                                                 "00 00 00 00 " + empty + " " + empty + " " + empty + " 00 00 00 00 " +
-                                                 empty + " " + empty + " " + empty + " 00 00 00 01"));
-    ctgBook levelled(path("book.ctg").c_str());
-    EXPECT_EQ(movesOf(levelled, fenAfter("e2e4").c_str()), "e7e5/1 c7c5");
-    EXPECT_EQ(movesOf(levelled, startFen), "e2e4 d2d4");
+    for (int level : {0, 3}) {
+        writer.tableLevel = level;
+        writeCtg(games, writer);
+        ctgBook reader(path("book.ctg").c_str());
+        EXPECT_EQ(movesOf(reader, startFen), "e2e4 d2d4");
+        EXPECT_EQ(resultsOf(reader, startFen), "3 2 5");
+        EXPECT_EQ(movesOf(reader, fenAfter("e2e4").c_str()), "e7e5/1 c7c5");
+        EXPECT_EQ(resultsOf(reader, fenAfter("e2e4").c_str()), "3 2 1");
+        EXPECT_FALSE(reader.contains(fenAfter("d2d4").c_str()));
+    }
+    const std::string none = "ff ff ff ff ", page0 = "00 00 00 00 ";
+    EXPECT_EQ(read("book.cto").substr(16), bytes(page0 + page0 + page0 + page0 + page0 + page0 + page0 + none + none +
+                                                 none + page0 + none + none + none + "00 00 00 01"));
 }
 
 // Black to move, mirrored positions, castling both ways, en passant, a
@@ -106,52 +102,32 @@ TEST_F(CtgBook, MovesAndCountsComeBackInBookOrder) {
     }
 }
 
-// Random games fill many pages; every position of every game is found again
-// with the move played and the games that passed through it.
-TEST_F(CtgBook, ManyPagesKeepEveryPosition) {
-    std::mt19937 random(7);
-    std::string games;
-    std::vector<std::vector<std::string>> lines;
-    for (int game = 0; game < 60; game++) {
-        board b = boardFrom(startFen);
-        std::vector<std::string> line;
-        for (int ply = 0; ply < 12; ply++) {
-            uint16_t legal[moveBufferSize];
-            b.generateLegalMoves(legal);
-            ctgPosition position;
-            position.setup(fenOf(b).c_str());
-            std::vector<int> storable;
-            for (int i = 0; legal[i]; i++) {
-                const int from = moveFrom(legal[i]), to = moveTo(legal[i]);
-                if (position.encodeMove(squareOf(7 - from % 8, from / 8), squareOf(7 - to % 8, to / 8), 0) >= 0)
-                    storable.push_back(legal[i]);
-            }
-            // Few choices early, so that lines share positions.
-            const int move = storable[random() % (ply < 2 ? 2 : storable.size())];
-            line.push_back(moveText(move));
-            games += line.back() + " ";
-            b.makeMove(move);
-        }
-        games += game % 3 == 0 ? "1-0\n" : game % 3 == 1 ? "0-1\n" : "1/2-1/2\n";
-        lines.push_back(line);
-    }
-    writeCtg(games);
-    EXPECT_GT(lastWriter.dataPages, 3);
+// The test openings fill many pages; every position of every game comes back
+// with the move played and as many games as passed through it.
+TEST_F(CtgBook, ManyPagesKeepEveryPositionOfTheOpenings) {
+    std::ifstream file(BOOK_DATA "/openings.pgn");
+    const std::string pgn((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    writeCtg(pgn, {}, true);
+    EXPECT_GT(lastWriter.dataPages, 10);
     ctgBook reader(path("book.ctg").c_str());
-    std::map<std::string, int> passing;
-    for (const auto& line : lines) {
-        board b = boardFrom(startFen);
-        for (const std::string& move : line) {
-            passing[fenOf(b)]++;
-            ASSERT_TRUE(reader.contains(fenOf(b).c_str())) << fenOf(b);
-            EXPECT_NE(movesOf(reader, fenOf(b).c_str()).find(move), std::string::npos) << fenOf(b) << " " << move;
-            play(b, move.c_str());
+    std::map<std::string, std::pair<std::string, int>> passing;  // by encoding: a FEN and the games
+    std::vector<std::string> warnings;
+    const int games = readBookGames(pgn, true, boardFrom(startFen), [&](const bookGame& game) {
+        for (const bookGamePly& ply : game.plies) {
+            ctgPosition position;
+            position.setup(ply.fen.c_str());
+            auto& seen = passing[std::string(reinterpret_cast<const char*>(position.encoding), position.length)];
+            seen = {ply.fen, seen.second + 1};
+            char move[6];
+            bookMoveText(ply.from, ply.to, ply.promotion, move);
+            EXPECT_NE(movesOf(reader, ply.fen.c_str()).find(move), std::string::npos) << ply.fen << " " << move;
         }
-    }
-    for (const auto& [fen, count] : passing) {
+    }, warnings);
+    EXPECT_EQ(games, 36);
+    for (const auto& [encoding, seen] : passing) {
         int wins, draws, losses;
-        ASSERT_TRUE(reader.results(fen.c_str(), wins, draws, losses));
-        EXPECT_EQ(wins + draws + losses, count) << fen;
+        ASSERT_TRUE(reader.results(seen.first.c_str(), wins, draws, losses)) << seen.first;
+        EXPECT_EQ(wins + draws + losses, seen.second) << seen.first;
     }
 }
 
@@ -189,15 +165,7 @@ TEST_F(CtgBook, DamagedBooksAreReportedOnceAndHoldNothing) {
         if (!c.cto.empty()) write("book.cto", c.cto);
         if (!c.ctb.empty()) write("book.ctb", c.ctb);
         ctgBook reader(path("book.ctg").c_str());
-        for (int probe = 0; probe < 2; probe++) {
-            testing::internal::CaptureStdout();
-            const bool found = reader.contains(startFen);
-            EXPECT_EQ(testing::internal::GetCapturedStdout(), c.message) << c.damage;
-            EXPECT_EQ(found, c.startMoves != "unreadable") << c.damage;
-        }
-        testing::internal::CaptureStdout();
-        EXPECT_EQ(movesOf(reader, startFen), c.startMoves) << c.damage;
-        testing::internal::GetCapturedStdout();
+        expectProbes(reader, c.message, c.startMoves, c.damage);
     }
 }
 
