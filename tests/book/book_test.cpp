@@ -5,8 +5,6 @@
 #include <map>
 #include <vector>
 
-#include "book/ctgBook.h"
-#include "book/polyglotBook.h"
 #include "bookFiles.h"
 
 namespace {
@@ -111,18 +109,6 @@ TEST(BookChoice, NothingToChooseOrNothingToRead) {
     strcpy(move, "x");
     EXPECT_FALSE(openingBook.chooseMove(boardFrom(fenAfter("e2e4").c_str()), move, 0));
     EXPECT_STREQ(move, "x");
-}
-
-TEST(BookChoice, PathChoosesTheReader) {
-    book openingBook;
-    for (const char* path : {"books/main.bin", "MAIN.BIN"}) {
-        openingBook.setPath(path);
-        EXPECT_NE(dynamic_cast<polyglotBook*>(openingBook.source.get()), nullptr) << path;
-    }
-    for (const char* path : {"bookTalvin.ctg", "main.bin.ctg", "book"}) {
-        openingBook.setPath(path);
-        EXPECT_NE(dynamic_cast<ctgBook*>(openingBook.source.get()), nullptr) << path;
-    }
 }
 
 }  // namespace
