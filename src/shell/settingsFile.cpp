@@ -4,6 +4,7 @@
 #include <cctype>
 #include <climits>
 #include <cstdlib>
+#include <strings.h>
 
 #include "parallel/console.h"
 #include "parallel/sharedData.h"
@@ -114,7 +115,8 @@ void readEgtbPathSetting(const char* fileName, char* path, std::size_t size) {
 }
 
 // At most 50 characters, cut right after the first ".ctg" that starts within
-// the first 45; the cut is what drops the line end. Other text stays as read.
+// the first 45; the cut is what drops the line end. A Polyglot book's path,
+// ending in ".bin", is taken up to the line end; other text stays as read.
 static void takeBookPath(char (&bookPath)[bookPathMaxLength + 1], const char* text) {
     std::size_t length = 0;
     while (length < bookPathMaxLength && text[length] != '\0') {
@@ -123,7 +125,12 @@ static void takeBookPath(char (&bookPath)[bookPathMaxLength + 1], const char* te
     }
     bookPath[length] = '\0';
     char* extension = std::strstr(bookPath, ".ctg");
-    if (extension != nullptr && extension - bookPath < 45) extension[4] = '\0';
+    if (extension != nullptr && extension - bookPath < 45) {
+        extension[4] = '\0';
+        return;
+    }
+    const std::size_t lineLength = std::strcspn(bookPath, "\n");
+    if (lineLength >= 4 && strncasecmp(bookPath + lineLength - 4, ".bin", 4) == 0) bookPath[lineLength] = '\0';
 }
 
 void readGameSettings(const char* fileName, gameSettings& settings) {
