@@ -7,6 +7,7 @@
 #include "board/board.h"
 #include "book/ctgBook.h"
 #include "book/polyglotBook.h"
+#include "parallel/console.h"
 
 namespace {
 
@@ -79,6 +80,6 @@ bool book::chooseMove(const board& position, char* moveText, uint32_t random) {
             return true;
         }
     }
-    printf("ERROR: no move returned from openingbook while present\n");
+    printInfo("ERROR: no move returned from openingbook while present\n");
     return false;
 }

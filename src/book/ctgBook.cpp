@@ -3,6 +3,8 @@
 #include <cstring>
 #include <strings.h>
 
+#include "parallel/console.h"
+
 namespace {
 
 uint32_t bigEndian(const uint8_t* bytes, int count) {
@@ -64,20 +66,20 @@ bool ctgBook::open() {
     const int64_t ctgSize = ctgFile ? fileSize(ctgFile) : -1;
     // The header page and at least one data page.
     if (ctgSize < 2 * ctg::pageSize) {
-        printf("Error reading cgt-file\n");
+        printInfo("Error reading cgt-file\n");
         close();
         return false;
     }
     ctoFile = openSibling(stem, upperCase, ".cto", ".CTO", ctoPath);
     const int64_t ctoSize = ctoFile ? fileSize(ctoFile) : -1;
     if (ctoSize < ctg::tableHeaderSize + 4) {
-        printf("Error reading cto-file: %s\n", ctoPath.c_str());
+        printInfo("Error reading cto-file: %s\n", ctoPath.c_str());
         close();
         return false;
     }
     std::FILE* ctbFile = openSibling(stem, upperCase, ".ctb", ".CTB", ctbPath);
     if (ctbFile == nullptr) {
-        printf("Error reading ctb-file: %s\n", ctbPath.c_str());
+        printInfo("Error reading ctb-file: %s\n", ctbPath.c_str());
         close();
         return false;
     }

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "parallel/console.h"
+
 namespace {
 
 constexpr int avoidAnnotation = 64;
@@ -245,7 +247,7 @@ bool polyglotBook::open() {
     file = std::fopen(path.c_str(), "rb");
     if (file) std::setvbuf(file, nullptr, _IONBF, 0);
     if (file == nullptr || std::fseek(file, 0, SEEK_END) != 0) {
-        printf("Error reading bin-file: %s\n", path.c_str());
+        printInfo("Error reading bin-file: %s\n", path.c_str());
         if (file) std::fclose(file);
         file = nullptr;
         return false;

@@ -95,7 +95,7 @@ TEST_F(BookSession, UciPlaysFromTheDebianPolyglotBook) {
     engine->send("uci\nsetoption name BookPath value " + debianBook + "\n");
     expectReply("isready\n", "readyok\n");
     expectReplies("position startpos\ngo wtime 5000 btime 5000\n",
-                  {"probe TalvinBook: " + debianBook + "\n#move=e2e4\n", "bestmove e2e4\n"});
+                  {"info string probe TalvinBook: " + debianBook + "\ninfo string #move=e2e4\n", "bestmove e2e4\n"});
     expectReplies("position startpos moves e2e4 c7c5\ngo wtime 5000 btime 5000\n", {"#move=g1f3\n", "bestmove g1f3\n"});
     expectReply("quit\n", "Getting rid of handle");
 }
