@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "board/board.h"
-#include "san.h"
+#include "board/san.h"
 #include "search/localSearch.h"
 
 namespace {

@@ -205,6 +205,12 @@ void game::postJob(int command) {
     postSearch(command);
 }
 
+void game::benchEpd() {
+    stopPondering();
+    shared->timer1.allottedMs = shared->clock.allocateTime();
+    postSearch(epdCommand);
+}
+
 void game::startPonderingCurrentPosition() {
     if (!shared->ponderingActive) return;
     // One background search at a time: a second one posted behind a running

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "eval/evalWeightsFile.h"
 #include "game/game.h"
 #include "parallel/processLauncher.h"
 #include "shell/settingsFile.h"
@@ -56,6 +57,8 @@ game::game(const char* instance)
     shared->enable_EXTENTIONS = settings.enableEXTENTIONS;
     processCount = settings.processCount;
     shared->processCount = processCount;
+    // The role processes read the same file; only this process speaks of faults.
+    loadEvalWeightsSetting(true);
     roleCount = startRoleProcesses(processCount, shared, rolePids);
 }
 

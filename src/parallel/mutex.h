@@ -2,6 +2,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <cstdio>
 
 #include "parallel/namedMapping.h"
 
@@ -43,6 +44,12 @@ public:
     static void waitWithHandle(namedMutex& handle, int timeoutMs = waitTimeoutMs);
     // One line of text, not interleaved with other processes' output.
     static void printLocked(const char* text);
+    template <class... values>
+    static void printfLocked(const char* format, values... v) {
+        waitIO();
+        std::printf(format, v...);
+        releaseIO();
+    }
     static void releaseWithHandle(namedMutex& handle);
 
 private:

@@ -109,6 +109,14 @@ void readEgtbPathSetting(const char* fileName, char* path, std::size_t size) {
     });
 }
 
+bool readWeightsFileSetting(const char* fileName, char* path, std::size_t size) {
+    copyUpToLineEnd(path, size, "");
+    readSettingsLines(fileName, [&](const char* piece) {
+        if (const char* value = settingsValue(piece, "pref:weights-file=")) copyUpToLineEnd(path, size, value);
+    });
+    return path[0] != '\0';
+}
+
 // At most 50 characters, cut right after the first ".ctg" that starts within
 // the first 45; the cut is what drops the line end. Other text stays as read.
 static void takeBookPath(char (&bookPath)[bookPathMaxLength + 1], const char* text) {

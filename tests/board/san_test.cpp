@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "../board/testBoard.h"
-#include "san.h"
+#include "testBoard.h"
+#include "board/san.h"
 
 namespace {
 
