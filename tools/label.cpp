@@ -101,11 +101,14 @@ struct labeller {
         if (full()) return;
         char fen[128];
         position.getFen(fen);
-        std::string text(fen);
-        // Repeats are told apart without the clocks.
-        std::string key = text;
+        // The engine's own writer numbers moves its own way: the clocks are
+        // written here as other programs read them. Repeats are told apart
+        // without the clocks.
+        std::string key = fen;
         for (int fields = 0, i = 0; i < int(key.size()); i++)
             if (key[i] == ' ' && ++fields == 4) key.resize(i);
+        const std::string text =
+            key + " " + std::to_string(position.fiftyMoves) + " " + std::to_string(position.ply / 2 + 1);
         uint16_t legal[moveBufferSize];
         position.generateLegalMoves(legal);
         int score = 0;
@@ -113,7 +116,7 @@ struct labeller {
             skipped++;
             return;
         }
-        fprintf(out, "%s\n%+d\n", fen, score);
+        fprintf(out, "%s\n%+d\n", text.c_str(), score);
         written++;
     }
 };
