@@ -1,5 +1,6 @@
 #include "game/game.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <random>
@@ -207,7 +208,8 @@ void game::postJob(int command) {
 
 void game::benchEpd() {
     stopPondering();
-    shared->timer1.allottedMs = shared->clock.allocateTime();
+    // At least a moment: a zero budget reads as a stop.
+    shared->timer1.allottedMs = std::max(1, shared->clock.allocateTime());
     postSearch(epdCommand);
 }
 

@@ -44,7 +44,10 @@ bool isBlank(const char* line) {
 tuner::tuner(sharedData& shared, searchtree& tree, board& position, int command)
     : shared(shared), tree(tree), position(position), command(command) {}
 
-bool tuner::stopRequested() const { return !shared.searchLoopRunFlag || shared.searchCommand != command; }
+// "?" zeroes the budget, like every stop.
+bool tuner::stopRequested() const {
+    return !shared.searchLoopRunFlag || shared.searchCommand != command || shared.timer1.allottedMs == 0;
+}
 
 void tuner::setWeight(int index, int value) {
     setEvalWeight(index, value);
