@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "san.h"
+#include "board/san.h"
 
 namespace {
 

@@ -13,7 +13,11 @@
 #     -B N         list each game's opening moves that the first engine played
 #                  without thinking output (its book moves); fail with fewer than
 #                  N of them in the whole match
-# Engines run in their own directories.
+#     -a W,D,L     wins, draws and losses of earlier parts of the same match, added
+#                  into the Elo line (a long match played in several runs)
+# Engines run in their own directories (put a settings file there to give an
+# engine its own options, for example another weights file).
+# Prints the first engine's result and its Elo difference with a 95% error bar.
 # Exits non-zero when the first engine lost by illegal move, time forfeit,
 # crash or disconnect, when a game is unfinished or missing, when the book
 # moves asked for are missing, or when the run hangs; xboard's debug log is
@@ -22,12 +26,12 @@ set -euo pipefail
 export PATH=$PATH:/usr/games
 
 games=2 tc="-tc 0:10 -inc 0.1" pgn=match.pgn limit="" ponder=false firstName="" secondName="" debugCopy="" bookMoves=0
-firstUci=false secondUci=false
+firstUci=false secondUci=false earlier=0,0,0
 usage() {
-    sed -n '2,20p' "$0" | sed 's/^# \{0,1\}//' >&2
+    sed -n '2,25p' "$0" | sed 's/^# \{0,1\}//' >&2
     exit 2
 }
-while getopts "n:c:uUpo:T:f:s:d:B:" opt; do
+while getopts "n:c:uUpo:T:f:s:d:B:a:" opt; do
     case $opt in
         n) games=$OPTARG ;;
         c) tc=$OPTARG ;;
@@ -40,6 +44,7 @@ while getopts "n:c:uUpo:T:f:s:d:B:" opt; do
         s) secondName=$OPTARG ;;
         d) debugCopy=$OPTARG ;;
         B) bookMoves=$OPTARG ;;
+        a) earlier=$OPTARG ;;
         *) usage ;;
     esac
 done
@@ -184,6 +189,20 @@ done <<< "$verdicts"
 
 echo "$firstName vs $secondName: +$wins =$draws -$losses ($played games)"
 [[ -n $debugCopy ]] && cp "$scratch/xboard.debug" "$debugCopy"
+# Score s of n games gives 400 log10(s / (1 - s)) Elo; the bar is 1.96 standard
+# errors of the mean game result, carried through the same curve.
+IFS=, read -r w0 d0 l0 <<< "$earlier"
+awk -v w=$((wins + w0)) -v d=$((draws + d0)) -v l=$((losses + l0)) 'function elo(s) { return 400 * log(s / (1 - s)) / log(10) }
+    BEGIN {
+        n = w + d + l
+        if (n == 0) exit
+        s = (w + d / 2) / n
+        v = (w * (1 - s) ^ 2 + d * (0.5 - s) ^ 2 + l * s ^ 2) / n
+        e = 1.96 * sqrt(v / n)
+        if (s <= 0 || s >= 1) { printf "score %.3f of %d games: Elo difference unbounded\n", s, n; exit }
+        lo = s - e < 0.001 ? 0.001 : s - e; hi = s + e > 0.999 ? 0.999 : s + e
+        printf "score %.3f of %d games: Elo difference %+.0f +- %.0f (95%%)\n", s, n, elo(s), (elo(hi) - elo(lo)) / 2
+    }'
 if (( ${#failures[@]} )); then
     cp "$scratch/xboard.debug" "$pgn.debug" 2>/dev/null || true
     printf 'FAILED: %s\n' "${failures[@]}" >&2

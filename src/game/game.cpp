@@ -1,5 +1,6 @@
 #include "game/game.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <random>
@@ -222,6 +223,13 @@ void game::postSearch(int command) {
 void game::postJob(int command) {
     stopPondering();
     postSearch(command);
+}
+
+void game::benchEpd() {
+    stopPondering();
+    // At least a moment: a zero budget reads as a stop.
+    shared->timer1.allottedMs = std::max(1, shared->clock.allocateTime());
+    postSearch(epdCommand);
 }
 
 void game::startPonderingCurrentPosition() {

@@ -69,7 +69,8 @@ public:
     void autoPlay();
     void tune() { postJob(tuneCommand); }
     void tuneLE() { postJob(tuneLECommand); }
-    void benchEpd() { postJob(epdCommand); }
+    // Every position gets the time a move would get at the current time control.
+    void benchEpd();
 
     void bench(int depth, int timeMs);
     void benchSpeed(int depth);

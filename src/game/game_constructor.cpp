@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "eval/evalWeightsFile.h"
 #include "game/game.h"
 #include "parallel/processLauncher.h"
 #include "shell/settingsFile.h"
@@ -87,6 +88,8 @@ game::game(const char* instance)
     processCount = settings.processCount;
     moveOverheadMs = settings.moveOverheadMs;
     shared->processCount = processCount;
+    // The role processes read the same file; only this process speaks of faults.
+    loadEvalWeightsSetting(true);
     roleCount = startRoleProcesses(processCount, shared, rolePids);
 }
 

@@ -10,6 +10,8 @@
 #include "parallel/processLauncher.h"
 #include "parallel/searchProcess.h"
 #include "search/searchtree.h"
+#include "tune/epdSuite.h"
+#include "tune/tuner.h"
 
 namespace {
 
@@ -102,7 +104,12 @@ int game::runSearchProcess() {
         if (command == ponderWithGuess || command == ponderAsItStands) {
             shared->pendingEngineMove = 0;
             ponder(*shared, tree, position, command);
-        } else if (command < tuneCommand || command > epdCommand) {
+        } else if (command == tuneCommand || command == tuneLECommand) {
+            tuner job(*shared, tree, position, command);
+            command == tuneCommand ? job.tune() : job.tuneLE();
+        } else if (command == epdCommand) {
+            runEpdSuite(*shared, tree, position, command, shared->timer1.allottedMs);
+        } else {
             const int move = tree.rootSearch(position);
             if (shared->untilStopped) waitForStop(*shared);
             // A stop in the meantime discards the result. The stop is posted

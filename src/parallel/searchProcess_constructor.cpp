@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <thread>
 
+#include "eval/evalWeightsFile.h"
 #include "parallel/console.h"
 #include "parallel/searchProcess.h"
 #include "shell/settingsFile.h"
@@ -13,6 +14,7 @@ searchProcess::searchProcess(const char* instance, int number, int processCount,
     nalimovCacheMB = readNalimovCacheSetting(settingsFileName);
     printInvertedScore = readPrintInvertedScoreSetting(settingsFileName);
     readEgtbPathSetting(settingsFileName, egtbPath, sizeof egtbPath);
+    loadEvalWeightsSetting(false);
 
     char name[160];
     auto event = [&](namedEvent& handle, const char* stem, const char* suffix) {

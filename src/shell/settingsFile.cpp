@@ -114,6 +114,14 @@ void readEgtbPathSetting(const char* fileName, char* path, std::size_t size) {
     });
 }
 
+bool readWeightsFileSetting(const char* fileName, char* path, std::size_t size) {
+    copyUpToLineEnd(path, size, "");
+    readSettingsLines(fileName, [&](const char* piece) {
+        if (const char* value = settingsValue(piece, "pref:weights-file=")) copyUpToLineEnd(path, size, value);
+    });
+    return path[0] != '\0';
+}
+
 // At most 50 characters, cut right after the first ".ctg" that starts within
 // the first 45; the cut is what drops the line end. A Polyglot book's path,
 // ending in ".bin", is taken up to the line end; other text stays as read.

@@ -68,6 +68,10 @@ int readPrintInvertedScoreSetting(const char* fileName);  // default 0
 // characters; default "d:\chess\egtb4\".
 void readEgtbPathSetting(const char* fileName, char* path, std::size_t size);
 
+// "pref:weights-file=": the value up to the line end, cut to size - 1
+// characters. False when the key is absent or empty.
+bool readWeightsFileSetting(const char* fileName, char* path, std::size_t size);
+
 inline constexpr std::size_t bookPathMaxLength = 50;
 
 struct gameSettings {
