@@ -1,3 +1,4 @@
+#include <signal.h>
 #include <sys/wait.h>
 
 #include <chrono>
@@ -5,6 +6,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "eval/evalWeightsFile.h"
 #include "game/game.h"
 #include "parallel/processLauncher.h"
 #include "shell/settingsFile.h"
@@ -13,8 +15,37 @@ namespace {
 
 int rolePids[maxProcesses];
 int roleCount = 0;
+bool searchProcessGone = false;
+
+bool searchProcessAlive() {
+    if (searchProcessGone) return false;
+    // The search process is the first started; it may have failed to start.
+    if (roleCount == 0 || rolePids[0] <= 0 || waitpid(rolePids[0], nullptr, WNOHANG) != 0) {
+        searchProcessGone = true;
+        rolePids[0] = 0;
+    }
+    return !searchProcessGone;
+}
 
 }  // namespace
+
+void game::watchSearchProcess(int waitedMs, int boundMs) {
+    if (searchProcessAlive() && waitedMs <= boundMs) return;
+    // Restarting it would mean making every shared object anew, and the
+    // names are gone: the engine ends cleanly instead and says why.
+    if (!searchProcessGone) kill(rolePids[0], SIGKILL);  // hung
+    const char* message = "The search process has stopped working; the engine exits";
+    mutex::waitIO();
+    if (shared->outputMode == 2) printf("info string %s\n", message);
+    else printf("tellusererror %s\n", message);
+    mutex::releaseIO();
+    exit(1);
+}
+
+void game::waitForSearchEnd(int boundMs) {
+    constexpr int sliceMs = 100;
+    for (int waitedMs = 0; !searchEnded.wait(sliceMs); waitedMs += sliceMs) watchSearchProcess(waitedMs, boundMs);
+}
 
 game::game(const char* instance)
     : evalCache(instance), sharedOwner(instance, false), shared(sharedOwner.data), position(shared ? &shared->killers : nullptr),
@@ -55,7 +86,10 @@ game::game(const char* instance)
     shared->enable_BOOK = settings.enableBOOK;
     shared->enable_EXTENTIONS = settings.enableEXTENTIONS;
     processCount = settings.processCount;
+    moveOverheadMs = settings.moveOverheadMs;
     shared->processCount = processCount;
+    // The role processes read the same file; only this process speaks of faults.
+    loadEvalWeightsSetting(true);
     roleCount = startRoleProcesses(processCount, shared, rolePids);
 }
 
@@ -67,7 +101,8 @@ game::~game() {
     // Let the search process finish its output and leave; it is killed with
     // this process anyway, so the wait is bounded.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
-    int left = roleCount;
+    int left = 0;
+    for (int i = 0; i < roleCount; i++) left += rolePids[i] > 0;
     while (left > 0 && std::chrono::steady_clock::now() < deadline) {
         for (int i = 0; i < roleCount; i++)
             if (rolePids[i] > 0 && waitpid(rolePids[i], nullptr, WNOHANG) == rolePids[i]) {

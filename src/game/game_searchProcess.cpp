@@ -1,12 +1,17 @@
+#include <chrono>
 #include <cstdio>
+#include <thread>
 
 #include "game/game.h"
 #include "game/timer.h"
+#include "parallel/console.h"
 #include "parallel/instance.h"
 #include "parallel/mutex.h"
 #include "parallel/processLauncher.h"
 #include "parallel/searchProcess.h"
 #include "search/searchtree.h"
+#include "tune/epdSuite.h"
+#include "tune/tuner.h"
 
 namespace {
 
@@ -23,15 +28,13 @@ void ponder(sharedData& shared, searchtree& tree, const board& position, int com
         if (guess && isLegalMove(position, guess)) pondered.makeMove(guess);
         else guess = 0;
     }
-    mutex::waitIO();
     if (guess) {
         char text[10];
         moveToText(guess, text);
-        printf("===== Start Pondering moveGuess=%s=====\n", text);
+        printInfo("===== Start Pondering moveGuess=%s=====\n", text);
     } else {
-        printf("===== Start Pondering: no ponderingmove, start filling table =====\n");
+        printInfo("===== Start Pondering: no ponderingmove, start filling table =====\n");
     }
-    mutex::releaseIO();
     shared.ponderResultMove = 0;
     shared.ponderKey = pondered.boardKey;
     shared.ponderStartTime = get_ms();
@@ -42,27 +45,32 @@ void ponder(sharedData& shared, searchtree& tree, const board& position, int com
 }
 
 // The engine's move is played on this process's board, reported to the
-// user-interface process and printed.
-void playSearchResult(sharedData& shared, searchtree& tree, board& position, int move) {
+// user-interface process and printed; false when the game is over.
+bool playSearchResult(sharedData& shared, searchtree& tree, board& position, int move) {
     if (isSentinel(move)) {
         // No legal move: a UCI front end still waits for an answer.
         if (shared.outputMode == 2) mutex::printLocked("bestmove 0000\n");
-        return;
+        return false;
     }
     shared.pendingEngineMove = static_cast<uint16_t>(move);
     shared.moveHistory[position.ply % 1000] = static_cast<uint16_t>(move);
     position.makeMove(move);
     printEngineMove(shared, *tree.table, move, position);
-    mutex::waitIO();
-    const bool over = position.printGameEndedMessage();
-    if (shared.postFlag) position.printBoard();
-    mutex::releaseIO();
+    const bool over = announceGameEnd(position);
+    if (shared.postFlag && shared.outputMode == 1) position.printBoard();
     if (over) {
         shared.clock.stopClock();
-        return;
+        return false;
     }
     shared.clock.startClock(1);
-    if (shared.outputMode != 2) ponder(shared, tree, position, shared.searchCommand);
+    return true;
+}
+
+// An infinite search answers only when told to stop, even when it ended
+// early (a single legal move, a mate found).
+void waitForStop(const sharedData& shared) {
+    while (shared.timer1.allottedMs != 0 && shared.allSearchprocesEnabled != 0 && shared.searchCommand != 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 }  // namespace
@@ -97,10 +105,20 @@ int game::runSearchProcess() {
         if (command == ponderWithGuess || command == ponderAsItStands) {
             shared->pendingEngineMove = 0;
             ponder(*shared, tree, position, command);
-        } else if (command < tuneCommand || command > epdCommand) {
+        } else if (command == tuneCommand || command == tuneLECommand) {
+            tuner job(*shared, tree, position, command);
+            command == tuneCommand ? job.tune() : job.tuneLE();
+        } else if (command == epdCommand) {
+            runEpdSuite(*shared, tree, position, command, shared->timer1.allottedMs);
+        } else {
             const int move = tree.rootSearch(position);
-            // A stop in the meantime discards the result.
-            if (shared->searchCommand != 0) playSearchResult(*shared, tree, position, move);
+            if (shared->untilStopped) waitForStop(*shared);
+            // A stop in the meantime discards the result. The stop is posted
+            // under the I/O mutex, so once it is in no move comes out.
+            mutex::waitIO();
+            const bool goesOn = shared->searchCommand != 0 && playSearchResult(*shared, tree, position, move);
+            mutex::releaseIO();
+            if (goesOn && shared->outputMode != 2) ponder(*shared, tree, position, shared->searchCommand);
         }
         searchEnded.set();
     }

@@ -44,6 +44,8 @@ void searchProcess::helpWithBlock(searchtree& tree, sharedData& shared, int b) {
     splitBlock& block = shared.splitBlocks[b];
     namedMutex& lock = splitBlockMutex[b];
 
+    // A tuning run may have moved the weights since the last block.
+    adoptEvalWeights(shared.tunedWeights);
     mutex::waitWithHandle(lock);
     shared.assignedSplitBlock[n] = 0;
     tree.nodes[0] = tree.nodes[1] = 0;

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "egtb/EGTBProbe.h"
+#include "parallel/console.h"
 #include "parallel/mutex.h"
 #include "search/searchtree.h"
 
@@ -41,7 +42,7 @@ void searchtree::printThinking(const board& position, int firstMove, char* out, 
     for (int move = firstMove, count = 0; move != 0 && count < 64; count++) {
         if (isRepetition(b)) break;
         char text[10];
-        moveToText(move, text);
+        moveToText(move, text, shared->outputMode == 2);
         append(out, size, "%s ", text);
         b.makeMove(move);
         move = static_cast<uint16_t>(table->probeBestMove(b.boardKey));
@@ -105,8 +106,8 @@ int searchtree::rootSearch(const board& position) {
         const int first = rootList.moves[0];
         char text[10];
         if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
-            moveToText(first, text);
-            printLocked("currmovenumber 1 currmove %s\n", text);
+            moveToText(first, text, true);
+            printLocked("info currmovenumber 1 currmove %s\n", text);
         }
         board child = root;
         child.makeMove(first);
@@ -129,7 +130,7 @@ int searchtree::rootSearch(const board& position) {
         movesSearched = 1;
         shared->rootBestScore = score;
         if (score == mateScore) {
-            if (post) mutex::printLocked(" winning move, break!\n");
+            if (post) printInfo(" winning move, break!\n");
             break;
         }
         rootList.setScore(0, score);
@@ -141,8 +142,8 @@ int searchtree::rootSearch(const board& position) {
             const int move = rootList.moves[i];
             shared->rootMoveNumber = i + 1;
             if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
-                moveToText(move, text);
-                printLocked("currmovenumber %d currmove %s\n", i + 1, text);
+                moveToText(move, text, true);
+                printLocked("info currmovenumber %d currmove %s\n", i + 1, text);
             }
             child = root;
             child.makeMove(move);
@@ -170,31 +171,34 @@ int searchtree::rootSearch(const board& position) {
 
         if (searchStopped() || best == mateScore) break;
         if (best == -mateScore) {
-            if (post) printLocked(" depth=%d all losing moves, break!\n", d + 1);
+            if (post) printInfo(" depth=%d all losing moves, break!\n", d + 1);
             break;
         }
         shared->killers.resetKillers();
         if (d >= shared->maxDepth) break;
     }
 
-    mutex::waitIO();
+    // The statistics are not part of either protocol: info strings under UCI.
+    char statistics[600] = "";
     if (post) {
         if (onlyFirstMove) {
-            printf(" depth=%d only first move examined\n", d + 1);
+            append(statistics, sizeof statistics, " depth=%d only first move examined\n", d + 1);
         } else {
-            printf(" depth=%d\n moves searched=%d", d + 1, movesSearched);
-            printf("pShared->allSearchprocesEnabled=%d\n", shared->allSearchprocesEnabled);
-            printf("pShared->timer1.timeIsUp()=%d\n", shared->timer1.timeIsUp() ? 1 : 0);
+            append(statistics, sizeof statistics, " depth=%d\n moves searched=%d", d + 1, movesSearched);
+            append(statistics, sizeof statistics, "pShared->allSearchprocesEnabled=%d\n", shared->allSearchprocesEnabled);
+            append(statistics, sizeof statistics, "pShared->timer1.timeIsUp()=%d\n", shared->timer1.timeIsUp() ? 1 : 0);
         }
     }
     reportNodes();
     const long long total = shared->nodeTotals[0] + shared->nodeTotals[1];
     const int elapsed = shared->timer1.getTimePassedBy();
     char text[10];
-    moveToText(bestMove, text);
-    printf(" Nodes=%lld\n", total);
-    if (elapsed > 0) printf(" average speed= %lld.kNPS  total time elapsed= %d\n", total / elapsed, elapsed);
-    printf(" foundmove=%s\n\n", text);
-    mutex::releaseIO();
+    moveToText(bestMove, text, uci);
+    append(statistics, sizeof statistics, " Nodes=%lld\n", total);
+    if (elapsed > 0)
+        append(statistics, sizeof statistics, " average speed= %lld.kNPS  total time elapsed= %d\n", total / elapsed,
+               elapsed);
+    append(statistics, sizeof statistics, " foundmove=%s\n\n", text);
+    printInfo("%s", statistics);
     return bestMove;
 }
