@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Builds the engine twice, optimised and with AddressSanitizer/UndefinedBehaviorSanitizer,
-# and runs the whole test suite on both builds.
+# Sets up what the tests need, builds the engine twice, optimised and with
+# AddressSanitizer/UndefinedBehaviorSanitizer, and runs the whole test suite
+# on both builds.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+tools/setup.sh test
 jobs=$(nproc)
 
 cmake -S . -B build -DCMAKE_BUILD_TYPE=Release

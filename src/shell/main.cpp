@@ -8,6 +8,7 @@
 #include "parallel/searchProcess.h"
 #include "search/searchtree.h"
 #include "shell/protocols.h"
+#include "shell/settingsFile.h"
 
 namespace {
 
@@ -29,6 +30,19 @@ int runSlave(int number) {
     return 0;
 }
 
+void printVersion() { printf("%s (Talvin %s)\n", engineName, engineVersion); }
+
+void printHelp() {
+    printVersion();
+    printf("A chess engine for graphical front ends. Start it without arguments and\n"
+           "send \"xboard\" (xboard/WinBoard protocol 2) or \"uci\" as the first line.\n"
+           "Settings are read from \"%s\" in the working directory; in UCI\n"
+           "mode the engine writes that file from the front end's options.\n"
+           "  --help     this text\n"
+           "  --version  name and version\n",
+           settingsFileName);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -40,6 +54,15 @@ int main(int argc, char** argv) {
         adoptParentInstance();
         dieWithParent();
         return argv[1][0] == '0' ? game::runSearchProcess() : runSlave(argv[1][0] - '0');
+    }
+
+    if (argc == 2 && strcmp(argv[1], "--version") == 0) {
+        printVersion();
+        return 0;
+    }
+    if (argc == 2 && strcmp(argv[1], "--help") == 0) {
+        printHelp();
+        return 0;
     }
 
     startJanitor();
