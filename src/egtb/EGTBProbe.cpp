@@ -1,22 +1,9 @@
 #include "egtb/EGTBProbe.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "board/board.h"
-#include "parallel/mutex.h"
-
-namespace {
-
-// Every line of the tablebase start-up goes out here, under the I/O lock.
-template <class... values>
-void reportLine(const char* format, values... v) {
-    mutex::waitIO();
-    printf(format, v...);
-    mutex::releaseIO();
-}
-
-}  // namespace
+#include "parallel/console.h"
 
 int tablebaseScore(int t, int toMove) {
     if (t > 0) return 2 * t - 49534;
@@ -34,18 +21,18 @@ EGTBProbe::EGTBProbe(const char* pathList, int cacheMB, bool slave) {
     const std::vector<std::string> directories = splitPathList(pathList);
     const std::vector<tableFile> files = tableFile::findAll(directories);
     if (!gaviota.start(directories, files, cacheMB)) {
-        reportLine("Out of memory error\n");
+        printInfo("Out of memory error\n");
         return;
     }
     syzygy.start(directories, files);
     probeLimit = std::max(gaviota.pieces, syzygy.pieces);
     if (slave) return;
-    for (const tableFile& file : gaviota.unreadable) reportLine("*** Unable to read %s - file broken\n", file.path.c_str());
-    for (const tableFile& file : gaviota.damaged) reportLine("*** %s corrupted\n", file.path.c_str());
-    for (const tableFile& file : syzygy.damaged) reportLine("*** %s corrupted\n", file.path.c_str());
+    for (const tableFile& file : gaviota.unreadable) printInfo("*** Unable to read %s - file broken\n", file.path.c_str());
+    for (const tableFile& file : gaviota.damaged) printInfo("*** %s corrupted\n", file.path.c_str());
+    for (const tableFile& file : syzygy.damaged) printInfo("*** %s corrupted\n", file.path.c_str());
     if (probeLimit == 0) return;
-    reportLine("Egtbs initializated(%d)\n", probeLimit);
-    reportLine("Egtb cache size %luM\n", static_cast<unsigned long>(cacheMB));
+    printInfo("Egtbs initializated(%d)\n", probeLimit);
+    printInfo("Egtb cache size %luM\n", static_cast<unsigned long>(cacheMB));
 }
 
 bool EGTBProbe::DoEGTBProbe(const board& b, int& score) const {

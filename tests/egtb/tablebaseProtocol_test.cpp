@@ -24,7 +24,9 @@ TEST_F(TablebaseSession, UciPathWithSpacesAndSyzygyAlonePlaysTheDistanceMove) {
     start();
     engine->send("uci\nsetoption name NalimovPath value " + tables + "\nsetoption name NalimovCache value 8\n");
     expectReply("isready\n", "readyok\n");
-    EXPECT_TRUE(engine->waitFor("Egtbs initializated(3)\nEgtb cache size 8M\n")) << engine->output;
+    // A UCI front end sees only UCI lines.
+    EXPECT_TRUE(engine->waitFor("\ninfo string Egtbs initializated(3)\ninfo string Egtb cache size 8M\n"))
+        << engine->output;
     expectReply("position fen 8/8/8/8/8/2k5/1R6/K7 w - - 0 1\ngo movetime 500\n", "bestmove a1a2\n");
     engine->send("quit\n");
     EXPECT_EQ(engine->exitStatus(), 0);
