@@ -1,7 +1,9 @@
-// talvin-egtbbench: tablebase probes per second from the cache, Gaviota and
-// Syzygy apart, over positions of every table in the directories; then the
-// search speed on endgame positions with the tables on and off, each
-// position searched both ways in turn.
+// talvin-egtbbench: tablebase probes per second, Gaviota and Syzygy apart,
+// over positions of every table in the directories: a first pass that reads
+// the tables, and further passes over a set small enough to stay in the
+// cache. With an EPD file, the search speed on its positions with tables off
+// and on, each position searched both ways in turn: once with both kinds,
+// once with Syzygy alone.
 //   talvin-egtbbench GAVIOTA_DIR SYZYGY_DIR [EPD [DEPTH]]
 #include <algorithm>
 #include <chrono>
@@ -16,23 +18,20 @@
 
 namespace {
 
-constexpr int positionsPerTable = 2000;
-constexpr int passes = 5;
+constexpr int positionsPerTable = 1000;
+constexpr int cachedPerTable = 10;  // some 350 blocks: well within the 64 MB cache
+constexpr int passes = 20;
 
 double seconds(std::chrono::steady_clock::time_point since) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - since).count();
 }
 
-// Probes per second over the positions, after one pass that fills the cache.
-double probeRate(const EGTBProbe& tables, const std::vector<board>& positions, int& answered) {
-    int score;
-    answered = 0;
-    for (const board& b : positions) answered += tables.DoEGTBProbe(b, score);
+double probeRate(const EGTBProbe& tables, const std::vector<board>& positions, int passCount) {
     const auto start = std::chrono::steady_clock::now();
-    long long sink = 0;
-    for (int pass = 0; pass < passes; pass++)
-        for (const board& b : positions) sink += tables.DoEGTBProbe(b, score);
-    return sink >= 0 ? static_cast<double>(positions.size()) * passes / seconds(start) : 0;
+    int score, answered = 0;
+    for (int pass = 0; pass < passCount; pass++)
+        for (const board& b : positions) answered += tables.DoEGTBProbe(b, score);
+    return answered / seconds(start);
 }
 
 std::string letters(const int (&count)[5]) {
@@ -49,56 +48,62 @@ int main(int argc, char** argv) {
         return 2;
     }
     const board prototype;
-    std::vector<board> positions;
-    std::vector<std::string> materials;
+    std::vector<board> positions, cached;
     for (const tableFile& file : tableFile::findAll({argv[1]})) {
-        const std::string material = letters(file.count[0]) + "/" + letters(file.count[1]);
-        if (std::find(materials.begin(), materials.end(), material) != materials.end()) continue;
-        materials.push_back(material);
-        for (const board& b : sampleTablePositions(prototype, letters(file.count[0]), letters(file.count[1]),
-                                                   positionsPerTable, static_cast<uint32_t>(materials.size())))
-            positions.push_back(b);
+        const std::vector<board> sample = sampleTablePositions(prototype, letters(file.count[0]), letters(file.count[1]),
+                                                               positionsPerTable, static_cast<uint32_t>(positions.size() + 1));
+        positions.insert(positions.end(), sample.begin(), sample.end());
+        cached.insert(cached.end(), sample.begin(), sample.begin() + cachedPerTable);
     }
-    printf("%zu positions of %zu tables\n", positions.size(), materials.size());
+    printf("%zu positions, %zu of them probed again and again\n", positions.size(), cached.size());
     for (const char* directory : {argv[1], argv[2]}) {
         const EGTBProbe tables(directory, 64, true);
-        int answered;
-        const double rate = probeRate(tables, positions, answered);
-        printf("%-8s %9.0f probes/s from the cache (%d of %zu answered)\n",
-               tables.gaviota.pieces ? "Gaviota" : "Syzygy", rate, answered, positions.size());
+        const double firstPass = probeRate(tables, positions, 1);
+        probeRate(tables, cached, 1);  // brings the small set into the cache
+        printf("%-8s %9.0f probes/s reading the tables, %9.0f from the cache\n", tables.gaviota.pieces ? "Gaviota" : "Syzygy",
+               firstPass, probeRate(tables, cached, passes));
     }
     if (argc < 4) return 0;
 
     const int depth = argc > 4 ? std::atoi(argv[4]) : 12;
-    std::vector<std::string> fens;
+    std::vector<board> searched;
     std::ifstream in(argv[3]);
     for (std::string line; std::getline(in, line);)
-        if (!line.empty() && line[0] != '#') fens.push_back(line.substr(0, line.find(';')));
-    printf("\nsearch to depth %d, tables off / on (both kinds), nodes per second:\n", depth);
-    const EGTBProbe tables((std::string(argv[1]) + ":" + argv[2]).c_str(), 64, true);
-    localSearch engine(64);
-    std::vector<double> ratios;
-    long long nodes[2] = {};
-    double time[2] = {};
-    for (const std::string& fen : fens) {
-        board b = prototype;
-        b.setupPosition(fen.c_str());
-        double nps[2];
-        for (int on = 0; on < 2; on++) {
-            engine.clearTables();
-            engine.tree.tablebases = on ? &tables : nullptr;
-            const auto start = std::chrono::steady_clock::now();
-            const localSearch::result r = engine.run(b, depth - 1, 100000000);
-            const double s = seconds(start);
-            nps[on] = r.nodes / s;
-            nodes[on] += r.nodes;
-            time[on] += s;
+        if (line.find('/') != std::string::npos && line[0] != '#') {
+            searched.push_back(prototype);
+            searched.back().setupPosition(line.substr(0, line.find(';')).c_str());
         }
-        ratios.push_back(nps[1] / nps[0]);
-        printf("%10.0f %10.0f  %s\n", nps[0], nps[1], fen.c_str());
+    localSearch engine(64);
+    for (const std::string& paths : {std::string(argv[1]) + ":" + argv[2], std::string(argv[2])}) {
+        const EGTBProbe tables(paths.c_str(), 64, true);
+        printf("\nsearch to depth %d, tables off / on (%s): nodes, ms, nodes per second\n", depth,
+               tables.gaviota.pieces ? "Gaviota and Syzygy" : "Syzygy alone");
+        std::vector<double> npsRatios, timeRatios;
+        long long nodes[2] = {};
+        double time[2] = {};
+        for (const board& b : searched) {
+            double nps[2], s[2];
+            long long n[2];
+            for (int on = 0; on < 2; on++) {
+                engine.clearTables();
+                engine.tree.tablebases = on ? &tables : nullptr;
+                const auto start = std::chrono::steady_clock::now();
+                n[on] = engine.run(b, depth - 1, 100000000).nodes;
+                s[on] = seconds(start);
+                nps[on] = n[on] / s[on];
+                nodes[on] += n[on];
+                time[on] += s[on];
+            }
+            npsRatios.push_back(nps[1] / nps[0]);
+            timeRatios.push_back(s[1] / s[0]);
+            printf("%10lld %7.0f %9.0f   %10lld %7.0f %9.0f\n", n[0], s[0] * 1000, nps[0], n[1], s[1] * 1000, nps[1]);
+        }
+        std::sort(npsRatios.begin(), npsRatios.end());
+        std::sort(timeRatios.begin(), timeRatios.end());
+        printf("total %lld nodes %.0f ms %.0f nodes/s off, %lld nodes %.0f ms %.0f nodes/s on\n", nodes[0],
+               time[0] * 1000, nodes[0] / time[0], nodes[1], time[1] * 1000, nodes[1] / time[1]);
+        printf("median on/off over %zu positions: nodes per second %.3f, time %.3f\n", npsRatios.size(),
+               npsRatios[npsRatios.size() / 2], timeRatios[timeRatios.size() / 2]);
     }
-    std::sort(ratios.begin(), ratios.end());
-    printf("total %10.0f %10.0f nodes/s; median on/off %.3f over %zu positions\n", nodes[0] / time[0],
-           nodes[1] / time[1], ratios.empty() ? 0.0 : ratios[ratios.size() / 2], ratios.size());
     return 0;
 }
