@@ -15,6 +15,8 @@
 #                  N of them in the whole match
 #     -a W,D,L     wins, draws and losses of earlier parts of the same match, added
 #                  into the Elo line (a long match played in several runs)
+#     -l FILE      start positions, one FEN a line: each game from the next one,
+#                  the first engine White in every game
 # Engines run in their own directories (put a settings file there to give an
 # engine its own options, for example another weights file).
 # Prints the first engine's result and its Elo difference with a 95% error bar.
@@ -26,12 +28,12 @@ set -euo pipefail
 export PATH=$PATH:/usr/games
 
 games=2 tc="-tc 0:10 -inc 0.1" pgn=match.pgn limit="" ponder=false firstName="" secondName="" debugCopy="" bookMoves=0
-firstUci=false secondUci=false earlier=0,0,0
+firstUci=false secondUci=false earlier=0,0,0 positions=""
 usage() {
-    sed -n '2,25p' "$0" | sed 's/^# \{0,1\}//' >&2
+    sed -n '2,27p' "$0" | sed 's/^# \{0,1\}//' >&2
     exit 2
 }
-while getopts "n:c:uUpo:T:f:s:d:B:a:" opt; do
+while getopts "n:c:uUpo:T:f:s:d:B:a:l:" opt; do
     case $opt in
         n) games=$OPTARG ;;
         c) tc=$OPTARG ;;
@@ -45,6 +47,7 @@ while getopts "n:c:uUpo:T:f:s:d:B:a:" opt; do
         d) debugCopy=$OPTARG ;;
         B) bookMoves=$OPTARG ;;
         a) earlier=$OPTARG ;;
+        l) positions=$(realpath "$OPTARG") ;;
         *) usage ;;
     esac
 done
@@ -110,7 +113,9 @@ options=(-fcp "$firstCmd" -fd "$firstDir" -fn "$firstName"
          -adapterCommand 'polyglot -noini -ec "%fcp" -ed "%fd"'
          -mg "$games" "${tcOptions[@]}" -ponderNextMove "$ponder" -sgf "$pgn"
          -autoCallFlag true -popupExitMessage false -saveSettingsOnExit false
-         -soundProgram "" -noGUI -debug -nameOfDebugFile "$scratch/xboard.debug" "$@")
+         -soundProgram "" -noGUI -debug -nameOfDebugFile "$scratch/xboard.debug")
+[[ -n $positions ]] && options+=(-lpf "$positions" -lpi -1 -sameColorGames "$games")
+options+=("$@")
 status=0
 HOME=$scratch/home timeout -k 10 "$limit" xvfb-run -a xboard "${options[@]}" \
     > "$scratch/xboard.out" 2>&1 &

@@ -1,23 +1,28 @@
 // talvin-search: one search of a position in this process, without the
 // protocols. Prints the engine's own search output, then a summary line.
-//   talvin-search [--depth N] [--time MS] [--post] [--uci] [--hash MB]
+//   talvin-search [--depth N] [--time MS] [--post] [--uci] [--hash MB] [--egtb PATHS]
 //                 [--no-nmp] [--no-lmp] [--no-futility] [--no-extensions] [FEN]
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include <memory>
+
 #include "board/board.h"
+#include "egtb/EGTBProbe.h"
 #include "search/localSearch.h"
 
 int main(int argc, char** argv) {
     int depth = 8, timeMs = 100000000, hashMB = 32;
     bool post = false, uci = false, nmp = true, lmp = true, futility = true, extensions = true;
     const char* fen = nullptr;
+    const char* egtbPath = nullptr;
     for (int i = 1; i < argc; i++) {
         const char* a = argv[i];
         if (!strcmp(a, "--depth") && i + 1 < argc) depth = atoi(argv[++i]);
         else if (!strcmp(a, "--time") && i + 1 < argc) timeMs = atoi(argv[++i]);
         else if (!strcmp(a, "--hash") && i + 1 < argc) hashMB = atoi(argv[++i]);
+        else if (!strcmp(a, "--egtb") && i + 1 < argc) egtbPath = argv[++i];
         else if (!strcmp(a, "--post")) post = true;
         else if (!strcmp(a, "--uci")) uci = true;
         else if (!strcmp(a, "--no-nmp")) nmp = false;
@@ -39,6 +44,11 @@ int main(int argc, char** argv) {
     s.enable_LMP = lmp;
     s.enable_FUTPRUN = futility;
     s.enable_EXTENTIONS = extensions;
+    std::unique_ptr<EGTBProbe> tables;
+    if (egtbPath) {
+        tables = std::make_unique<EGTBProbe>(egtbPath, 64, false);
+        if (tables->probeLimit > 0) search.tree.tablebases = tables.get();
+    }
     const localSearch::result r = search.run(position, depth - 1, timeMs);
     char text[10];
     moveToText(r.move, text);

@@ -88,6 +88,7 @@ int game::runSearchProcess() {
     board::evalCache = &evalCache;
     searchtree tree(shared, &process.table, 0, process.printInvertedScore != 0);
     tree.process = &process;
+    if (process.tablebases->probeLimit > 0) tree.tablebases = process.tablebases.get();
     char name[160];
     namedEvent startSearch, searchEnded;
     objectName(name, sizeof name, "handleStartSearch", instance);

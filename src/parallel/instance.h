@@ -1,12 +1,12 @@
 #pragma once
-#include <string_view>
 
 // Every named object of the engine carries the engine name and the tag of
 // this engine instance (the user-interface process's id), so that two
 // engines of the same name on one machine never meet.
-inline constexpr const char engineName[] = "Talvin_v8.05_x64";
-inline constexpr const char engineVersion[] = "8.05";
-static_assert(std::string_view(engineName).find(engineVersion) != std::string_view::npos);
+// The name is built from the version, so that the two cannot drift apart.
+#define TALVIN_VERSION "8.05"
+inline constexpr const char engineName[] = "Talvin_v" TALVIN_VERSION "_x64";
+inline constexpr const char engineVersion[] = TALVIN_VERSION;
 inline constexpr const char instanceVariable[] = "TALVIN_INSTANCE";
 
 // The engine name plus this instance's tag in brackets, "Talvin_v8.05_x64(1234)",

@@ -1,14 +1,16 @@
 #pragma once
 #include <cstdint>
+#include <memory>
 
+#include "egtb/EGTBProbe.h"
 #include "parallel/mutex.h"
 #include "parallel/namedEvent.h"
 #include "parallel/sharedData.h"
 #include "search/hashtable.h"
 
 // What every searching process (the search process and the slaves) holds:
-// its number, the transposition table, its tablebase settings, and the events
-// and split-block mutexes of the parallel search.
+// its number, the transposition table, its tablebases, and the events and
+// split-block mutexes of the parallel search.
 class searchtree;
 
 class searchProcess {
@@ -18,6 +20,7 @@ public:
     int nalimovCacheMB;
     int printInvertedScore;
     char egtbPath[1000];
+    std::unique_ptr<EGTBProbe> tablebases;
 
     namedEvent slaveAvailable;
     namedEvent slaveAvailable2;

@@ -14,6 +14,7 @@ searchProcess::searchProcess(const char* instance, int number, int processCount,
     nalimovCacheMB = readNalimovCacheSetting(settingsFileName);
     printInvertedScore = readPrintInvertedScoreSetting(settingsFileName);
     readEgtbPathSetting(settingsFileName, egtbPath, sizeof egtbPath);
+    tablebases = std::make_unique<EGTBProbe>(egtbPath, nalimovCacheMB, number != 0);
     loadEvalWeightsSetting(false);
 
     char name[160];

@@ -18,6 +18,7 @@ inline constexpr int futilityMargin2 = 500;
 // A child's score that says its search was abandoned (time up, block stopped).
 inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
 
+class EGTBProbe;
 class moveGenerator;
 class searchProcess;
 
@@ -32,8 +33,7 @@ public:
     searchProcess* process = nullptr;  // events and block mutexes; none in a single-process search
     bool printInvertedScore; // thinking scores from White's view
     int64_t nodes[2] = {0, 0};  // alphaBeta and quiescence nodes since the last report
-    // Set when tablebases are loaded: true and a score on a hit.
-    bool (*tablebaseProbe)(const board& position, int& score) = nullptr;
+    const EGTBProbe* tablebases = nullptr;  // set when tables were found
 
     movelist rootList;
     int rootMoveCount = 0;

@@ -1,3 +1,4 @@
+#include "egtb/EGTBProbe.h"
 #include "parallel/searchProcess.h"
 #include "search/moveGenerator.h"
 #include "search/searchtree.h"
@@ -89,10 +90,10 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
     const int hashScore = table->probeHash(key, depth, alpha, beta);
     if (hashScore != hashtable::missValue) return hashScore;
 
-    if (tablebaseProbe && shared->enable_EGTB && countBits(b.occupied) <= 5 &&
+    if (tablebases && shared->enable_EGTB && countBits(b.occupied) <= 5 &&
         (b.pieceOn[moveTo(lastMove)] != NOPIECE || b.ply - b.rootPly < 3)) {
         int score;
-        if (tablebaseProbe(b, score)) return score;
+        if (tablebases->DoEGTBProbe(b, score)) return score;
     }
 
     const bool inCheck = b.inCheck();

@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "egtb/EGTBProbe.h"
 #include "parallel/console.h"
 #include "parallel/mutex.h"
 #include "search/searchtree.h"
@@ -78,6 +79,7 @@ int searchtree::rootSearch(const board& position) {
 
     uint16_t legal[moveBufferSize];
     root.generateLegalMoves(legal);
+    if (tablebases && shared->enable_EGTB) tablebases->filterRootMoves(root, legal);
     rootMoveCount = 0;
     while (legal[rootMoveCount] != 0 && rootMoveCount < maxMovesPerList) {
         rootList.moves[rootMoveCount] = legal[rootMoveCount];

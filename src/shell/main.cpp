@@ -24,6 +24,7 @@ int runSlave(int number) {
     board::evalCache = &evalCache;
     searchtree tree(&shared, &process.table, number, process.printInvertedScore != 0);
     tree.process = &process;
+    if (process.tablebases->probeLimit > 0) tree.tablebases = process.tablebases.get();
     announceReady(&shared);
     process.slaveStandBy(tree, shared);
     return 0;

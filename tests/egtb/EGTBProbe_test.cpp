@@ -1,0 +1,204 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+
+#include "../board/testBoard.h"
+#include "egtb/EGTBProbe.h"
+#include "search/localSearch.h"
+#include "tablebaseTestData.h"
+
+namespace {
+
+const std::string gaviotaDir = testTables("gaviota"), syzygyDir = testTables("syzygy");
+const std::string bothDirs = gaviotaDir + ":" + syzygyDir;
+
+// One for the test binary: the board's move generator keeps a pointer to its killer table.
+localSearch& searchEngine(const EGTBProbe* tables) {
+    static localSearch instance(8);
+    instance.clearTables();
+    instance.tree.tablebases = tables;
+    instance.shared->enable_EGTB = 1;
+    return instance;
+}
+
+int probe(const EGTBProbe& tables, const char* fen) {
+    int score = 0;
+    EXPECT_TRUE(tables.DoEGTBProbe(boardFrom(fen), score)) << fen;
+    return score;
+}
+
+std::string rootMoves(const EGTBProbe& tables, const char* fen) {
+    uint16_t moves[moveBufferSize];
+    const board b = boardFrom(fen);
+    b.generateLegalMoves(moves);
+    tables.filterRootMoves(b, moves);
+    return listText(moves);
+}
+
+std::string scratchDirectory() {
+    char pattern[] = "/tmp/talvin-egtb-XXXXXX";
+    return mkdtemp(pattern);
+}
+
+}  // namespace
+
+TEST(TablebaseScores, MeetTheSearchsMateScoresAndNothingBeyond) {
+    // Over every distance the tables give, only a mate in one and a mated
+    // position reach the exact mate scores the search acts on, and nothing
+    // reaches the abort or hash-miss values beyond them.
+    for (int moves = 0; moves <= 255; moves++) {
+        if (moves > 0) {
+            EXPECT_EQ(tablebaseScore(32768 - moves, 1), 16002 - 2 * moves) << moves;
+        }
+        EXPECT_EQ(tablebaseScore(-32766 + moves, -1), -16000 + 2 * moves) << moves;
+    }
+    // Draws, and Syzygy wins the fifty-move rule spoils, lean one centipawn away from the side to move.
+    EXPECT_EQ(tablebaseScore(0, 1), -1);
+    EXPECT_EQ(tablebaseScore(0, -1), 1);
+    const int syzygy[5] = {-15000, -1, -1, -1, 15000};
+    for (int wdl = -2; wdl <= 2; wdl++) {
+        EXPECT_EQ(syzygyScore(wdl, 1), syzygy[wdl + 2]) << wdl;
+        EXPECT_EQ(syzygyScore(wdl, -1), std::abs(wdl) == 2 ? syzygy[wdl + 2] : 1) << wdl;
+    }
+}
+
+TEST(TablebaseScores, MatchTheSearchOnTheMatesItFinds) {
+    const EGTBProbe tables(gaviotaDir.c_str(), 8, true);
+    // The search scores every mate 16000, the tables 16002 - 2n for a mate in
+    // n: equal for a mate in one; the search with tables takes their figure.
+    const std::pair<const char*, int> mates[] = {{"k7/8/K7/8/8/8/8/1Q6 w - - 0 1", 1},
+                                                 {"1k6/8/2K5/8/8/8/8/7R w - - 0 1", 2},
+                                                 {"8/8/8/8/8/3K4/7R/1k6 w - - 0 1", 3},
+                                                 {"8/8/8/8/8/2k5/1R6/K7 w - - 0 1", 16}};
+    for (const auto& [fen, moves] : mates) {
+        const int tableScore = probe(tables, fen);
+        EXPECT_EQ(tableScore, 16002 - 2 * moves) << fen;
+        if (moves <= 3) {
+            EXPECT_EQ(searchEngine(nullptr).run(boardFrom(fen), 10, 100000).score, 16000) << fen;
+        }
+        EXPECT_EQ(searchEngine(&tables).run(boardFrom(fen), 6, 100000).score, tableScore) << fen;
+    }
+    board mated = boardFrom("k7/1Q6/K7/8/8/8/8/8 b - - 0 1");
+    localSearch& engine = searchEngine(nullptr);
+    engine.shared->timer1.allottedMs = 100000;
+    engine.shared->timer1.startTimer();
+    EXPECT_EQ(engine.tree.alphaBeta(0, mated, 5, -16000, 16000, 0), -16000);
+    EXPECT_EQ(probe(tables, "k7/1Q6/K7/8/8/8/8/8 b - - 0 1"), -16000);
+}
+
+TEST(TablebaseProbe, SyzygyAloneAndPositionsNoTableMayBeAsked) {
+    {
+        const EGTBProbe syzygy(syzygyDir.c_str(), 8, true);
+        EXPECT_EQ(probe(syzygy, "8/8/8/8/8/2k5/1R6/K7 w - - 0 1"), 15000);
+        EXPECT_EQ(probe(syzygy, "8/8/8/8/8/2k5/1R6/K7 b - - 0 1"), -15000);
+        EXPECT_EQ(probe(syzygy, "8/8/8/8/8/1k6/1R6/7K b - - 0 1"), 1);  // Kxb2 draws
+    }
+    const EGTBProbe tables(bothDirs.c_str(), 8, true);
+    ASSERT_EQ(tables.probeLimit, 4);
+    const char* unasked[] = {
+        "8/8/8/8/8/2k5/1R6/KQ5R w - - 0 1",  // more pieces than any table
+        "8/8/8/8/8/8/P7/Kk6 b - - 0 1",      // kings side by side
+        "8/8/8/8/8/8/8/KQ6 w - - 0 1",       // no black king
+        "k7/8/8/8/8/8/8/KK6 w - - 0 1",      // two white kings
+        "P7/8/8/8/8/k7/8/K7 w - - 0 1",      // pawn on the last rank
+        "k7/8/8/8/8/8/8/RK6 w - - 0 1",      // Black in check with White to move
+        "8/8/8/8/8/8/8/R3K2k w Q - 0 1",     // castling rights
+    };
+    testing::internal::CaptureStdout();  // moves on a kingless board complain
+    for (const char* fen : unasked) {
+        int score;
+        EXPECT_FALSE(tables.DoEGTBProbe(boardFrom(fen), score)) << fen;
+        uint16_t moves[moveBufferSize];
+        boardFrom(fen).generateLegalMoves(moves);
+        EXPECT_EQ(rootMoves(tables, fen), listText(moves)) << fen;
+    }
+    testing::internal::GetCapturedStdout();
+}
+
+TEST(TablebaseRoot, KeepsTheMovesThatHoldTheResultAndWithSyzygyAloneTheOneThatProgresses) {
+    {
+        // Black draws only by taking the rook; with exact distances the search
+        // chooses among the moves that keep the win (the rook must not hang).
+        const EGTBProbe both(bothDirs.c_str(), 8, true);
+        EXPECT_EQ(rootMoves(both, "8/8/8/8/3R4/2k5/8/K7 b - - 0 1"), "c3d4");
+        EXPECT_EQ(rootMoves(both, "8/8/8/8/8/2k5/1R6/K7 w - - 0 1"),
+                  "a1a2 a1b1 b2b8 b2b7 b2b6 b2b5 b2a2 b2e2 b2f2 b2g2 b2h2 b2b1");
+    }
+    // Syzygy alone: the first of the moves nearest the next zeroing move
+    // (a1a2, a1b1, b2a2, b2b1 are 31 plies from the mate, other rook moves
+    // 33), the mate itself, also when the fifty-move rule spoils the win.
+    const EGTBProbe syzygy(syzygyDir.c_str(), 8, true);
+    EXPECT_EQ(rootMoves(syzygy, "8/8/8/8/8/2k5/1R6/K7 w - - 0 1"), "a1a2");
+    EXPECT_EQ(rootMoves(syzygy, "k7/8/K7/8/8/8/8/1Q6 w - - 0 1"), "b1b7");
+    EXPECT_EQ(rootMoves(syzygy, "8/8/8/8/8/2k5/1R6/K7 w - - 80 60"), "a1a2");
+    // The root search plays it at once, unless probing is switched off.
+    localSearch& engine = searchEngine(&syzygy);
+    const localSearch::result r = engine.run(boardFrom("8/8/8/8/8/2k5/1R6/K7 w - - 0 1"), 10, 100000);
+    EXPECT_EQ(moveText(r.move), "a1a2");
+    EXPECT_EQ(r.nodes, 0);
+    engine.shared->enable_EGTB = 0;
+    EXPECT_NE(engine.run(boardFrom("8/8/8/8/8/2k5/1R6/K7 w - - 0 1"), 3, 100000).nodes, 0);
+}
+
+TEST(TablebaseStartUp, LinesFromTheSearchProcessOnlyAndNoneWithoutTables) {
+    const auto output = [](const char* path, int cacheMB, bool slave, int limit) {
+        testing::internal::CaptureStdout();
+        {
+            const EGTBProbe tables(path, cacheMB, slave);
+            EXPECT_EQ(tables.probeLimit, limit) << path;
+        }
+        return testing::internal::GetCapturedStdout();
+    };
+    EXPECT_EQ(output(bothDirs.c_str(), 32, false, 4), "Egtbs initializated(4)\nEgtb cache size 32M\n");
+    EXPECT_EQ(output(bothDirs.c_str(), 32, true, 4), "");
+    for (const char* path : {"", ":", "/nonexistent/tables", "d:\\chess\\egtb4\\"}) EXPECT_EQ(output(path, 64, false, 0), "");
+    EXPECT_EQ(output(bothDirs.c_str(), -1, false, 0), "Out of memory error\n");
+}
+
+TEST(TablebaseStartUp, FindsBothKindsAlongAPathListWithSpaces) {
+    const std::string root = scratchDirectory(), gaviota = root + "/gaviota tables", syzygy = root + "/syzygy tables";
+    std::system(("mkdir '" + gaviota + "' '" + syzygy + "' && cp " + gaviotaDir + "/k?k.gtb.cp4 '" + gaviota + "' && cp " +
+                 syzygyDir + "/K?vK.* '" + syzygy + "'").c_str());
+    {
+        const EGTBProbe tables((":" + gaviota + "::" + syzygy + ":").c_str(), 8, true);
+        EXPECT_EQ(tables.gaviota.pieces, 3);
+        EXPECT_EQ(tables.syzygy.pieces, 3);
+        EXPECT_EQ(probe(tables, "8/8/8/5k2/8/8/1Q6/K7 w - - 0 1"), 16002 - 2 * 10);
+    }
+    std::system(("rm -rf " + root).c_str());
+}
+
+TEST(TablebaseStartUp, DamagedFilesAreReportedAndLeftOutWithoutACrash) {
+    const std::string dir = scratchDirectory();
+    std::system(("cd " + gaviotaDir + " && cp kqk.* krk.* kpk.* knk.* " + dir + " && cd " + syzygyDir +
+                 " && cp KQvK.* KPvK.* " + dir + " && chmod u+w " + dir + "/*").c_str());
+    // krk cut short, kpk and the KPvK distances with a garbled header (all
+    // crash the libraries on a probe), knk cut where the library notices.
+    truncate((dir + "/krk.gtb.cp4").c_str(), 40);
+    truncate((dir + "/knk.gtb.cp4").c_str(), 1000);
+    for (const auto& [name, at] : {std::pair{"kpk.gtb.cp4", 32}, std::pair{"KPvK.rtbz", 16}}) {
+        std::fstream file(dir + "/" + name, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(at);
+        file.write("\xff\xff\xff\xff\xff\xff\xff\xff", 8);
+    }
+    testing::internal::CaptureStdout();
+    {
+        const EGTBProbe tables(dir.c_str(), 8, false);
+        const std::string out = testing::internal::GetCapturedStdout();
+        for (const std::string& line : {"*** Unable to read " + dir + "/knk.gtb.cp4 - file broken\n",
+                                       "*** " + dir + "/kpk.gtb.cp4 corrupted\n", "*** " + dir + "/krk.gtb.cp4 corrupted\n",
+                                       "*** " + dir + "/KPvK.rtbz corrupted\n", std::string("Egtbs initializated(3)\n")})
+            EXPECT_NE(out.find(line), std::string::npos) << line << out;
+        // The sound table answers; a damaged Gaviota one leaves the position
+        // to Syzygy, but not to its damaged distances; nothing answers the rest.
+        EXPECT_EQ(probe(tables, "8/8/8/5k2/8/8/1Q6/K7 w - - 0 1"), 16002 - 2 * 10);
+        EXPECT_EQ(probe(tables, "8/8/8/1k6/8/8/K5P1/8 w - - 0 1"), 15000);
+        EXPECT_EQ(rootMoves(tables, "8/8/8/1k6/8/8/K5P1/8 w - - 0 1"), "g2g3 g2g4 a2a3 a2b3 a2b2 a2a1 a2b1");
+        int score;
+        EXPECT_FALSE(tables.DoEGTBProbe(boardFrom("8/8/8/8/8/2k5/1R6/K7 w - - 0 1"), score));
+        EXPECT_FALSE(tables.DoEGTBProbe(boardFrom("8/8/8/8/8/2k5/1N6/K7 w - - 0 1"), score));
+    }
+    std::system(("rm -rf " + dir).c_str());
+}

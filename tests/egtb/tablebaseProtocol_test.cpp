@@ -1,0 +1,50 @@
+#include "../shell/protocolSession.h"
+#include "tablebaseTestData.h"
+
+using TablebaseSession = ProtocolSession;
+
+namespace {
+
+const std::string bothKinds = "pref:egtb-path=" + testTables("gaviota") + ":" + testTables("syzygy") + "\n";
+
+}  // namespace
+
+TEST_F(TablebaseSession, XboardEngineSaysWhatItFoundAndPlaysTheMateDistance) {
+    start(bothKinds + "pref:NalimovCache=16\n");
+    expectReply("xboard\n", "Egtbs initializated(4)\nEgtb cache size 16M\n");
+    expectReply("setboard 8/8/8/8/8/2k5/1R6/K7 w - - 0 1\nst 1\npost\ngo\n", "\nmove ", 10000);
+    EXPECT_NE(engine->output.find("  15970  "), std::string::npos) << engine->output;  // mate in 16
+    expectReply("quit\n", "Getting rid of handle");
+    EXPECT_EQ(engine->exitStatus(), 0);
+}
+
+TEST_F(TablebaseSession, UciPathWithSpacesAndSyzygyAlonePlaysTheDistanceMove) {
+    const std::string tables = directory + "/syzygy tables";
+    std::system(("mkdir '" + tables + "' && cp " + testTables("syzygy") + "/K?vK.* '" + tables + "'").c_str());
+    start();
+    engine->send("uci\nsetoption name NalimovPath value " + tables + "\nsetoption name NalimovCache value 8\n");
+    expectReply("isready\n", "readyok\n");
+    // A UCI front end sees only UCI lines.
+    EXPECT_TRUE(engine->waitFor("\ninfo string Egtbs initializated(3)\ninfo string Egtb cache size 8M\n"))
+        << engine->output;
+    expectReply("position fen 8/8/8/8/8/2k5/1R6/K7 w - - 0 1\ngo movetime 500\n", "bestmove a1a2\n");
+    engine->send("quit\n");
+    EXPECT_EQ(engine->exitStatus(), 0);
+}
+
+TEST_F(TablebaseSession, TwoEnginesWithTablesSideBySide) {
+    start(bothKinds);
+    char pattern[] = "/tmp/talvin-protocol-XXXXXX";
+    const std::string otherDirectory = mkdtemp(pattern);
+    std::ofstream(otherDirectory + "/talvin init.ini") << bothKinds;
+    {
+        engineProcess other(otherDirectory);
+        for (engineProcess* e : {engine.get(), &other}) e->send("xboard\nsetboard 8/8/8/5k2/8/8/1Q6/K7 w - - 0 1\nst 1\ngo\n");
+        for (engineProcess* e : {engine.get(), &other}) {
+            EXPECT_TRUE(e->waitFor("Egtbs initializated(4)\n") && e->waitFor("\nmove ", 10000)) << e->output;
+            e->send("quit\n");
+            EXPECT_EQ(e->exitStatus(), 0);
+        }
+    }
+    std::system(("rm -rf '" + otherDirectory + "'").c_str());
+}
