@@ -38,11 +38,10 @@ void printEngineMove(const sharedData& shared, const hashtable& table, int move,
         const int reply = legalTableMove(table, after);
         if (reply) moveToText(reply, ponder);
     }
-    mutex::waitIO();
+    lockGuard held(mutex::io);
     printf("%smove %s", uci ? "best" : "", text);
     if (uci && shared.ponderingActive) printf(" ponder %s", ponder);
     printf("\n");
-    mutex::releaseIO();
 }
 
 void game::recordMove(int move) {
@@ -95,9 +94,8 @@ int game::thinkAndMakeBestMove() {
         else move = shared->ponderResultMove;
     }
     if (post) {
-        mutex::waitIO();
+        lockGuard held(mutex::io);
         printf("===========time next move: %d ms===========\n", allotted);
-        mutex::releaseIO();
     }
     if (move == 0) {
         shared->timer1.allottedMs = allotted;
@@ -236,9 +234,8 @@ void game::moveNow() {
         searchState = 0;
         char text[10] = "0000";
         if (shared->ponderResultMove) moveToText(shared->ponderResultMove, text);
-        mutex::waitIO();
+        lockGuard held(mutex::io);
         printf("\nbestmove %s\n", text);
-        mutex::releaseIO();
     }
 }
 
@@ -254,9 +251,8 @@ void game::giveHint() {
     if (move == 0) return;
     char text[10];
     moveToText(move, text);
-    mutex::waitIO();
+    lockGuard held(mutex::io);
     printf("hint: %s\n", text);
-    mutex::releaseIO();
 }
 
 void game::postAnalyzeInfo() {
@@ -265,9 +261,8 @@ void game::postAnalyzeInfo() {
     const int current = shared->rootMoveNumber;
     char text[10];
     moveToText(current >= 1 && current <= total ? shared->rootMoves[current - 1] : 0, text);
-    mutex::waitIO();
+    lockGuard held(mutex::io);
     printf("stat01: %d %lld %d %d %d %s\n", shared->timer1.getTimePassedBy(),
            static_cast<long long>(shared->nodeTotals[0] + shared->nodeTotals[1]), shared->rootDepth, total - current,
            total, text);
-    mutex::releaseIO();
 }

@@ -23,15 +23,14 @@ void ponder(sharedData& shared, searchtree& tree, const board& position, int com
         if (guess && isLegalMove(position, guess)) pondered.makeMove(guess);
         else guess = 0;
     }
-    mutex::waitIO();
     if (guess) {
         char text[10];
         moveToText(guess, text);
+        lockGuard held(mutex::io);
         printf("===== Start Pondering moveGuess=%s=====\n", text);
     } else {
-        printf("===== Start Pondering: no ponderingmove, start filling table =====\n");
+        mutex::printLocked("===== Start Pondering: no ponderingmove, start filling table =====\n");
     }
-    mutex::releaseIO();
     shared.ponderResultMove = 0;
     shared.ponderKey = pondered.boardKey;
     shared.ponderStartTime = get_ms();
@@ -53,10 +52,12 @@ void playSearchResult(sharedData& shared, searchtree& tree, board& position, int
     shared.moveHistory[position.ply % 1000] = static_cast<uint16_t>(move);
     position.makeMove(move);
     printEngineMove(shared, *tree.table, move, position);
-    mutex::waitIO();
-    const bool over = position.printGameEndedMessage();
-    if (shared.postFlag) position.printBoard();
-    mutex::releaseIO();
+    bool over;
+    {
+        lockGuard held(mutex::io);
+        over = position.printGameEndedMessage();
+        if (shared.postFlag) position.printBoard();
+    }
     if (over) {
         shared.clock.stopClock();
         return;

@@ -94,7 +94,6 @@ void mutex::releaseWithHandle(namedMutex& handle) {
 }
 
 void mutex::printLocked(const char* text) {
-    waitIO();
+    lockGuard held(io);
     printf("%s", text);
-    releaseIO();
 }

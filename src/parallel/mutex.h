@@ -48,3 +48,16 @@ public:
 private:
     static bool initialised;
 };
+
+// Holds a named mutex for the rest of the scope: the timed wait above, with
+// its messages, on entry, and the release on every way out.
+class lockGuard {
+public:
+    explicit lockGuard(namedMutex& handle) : handle(handle) { mutex::waitWithHandle(handle); }
+    ~lockGuard() { mutex::releaseWithHandle(handle); }
+    lockGuard(const lockGuard&) = delete;
+    lockGuard& operator=(const lockGuard&) = delete;
+
+private:
+    namedMutex& handle;
+};

@@ -16,9 +16,8 @@ void append(char* out, int size, const char* format, values... v) {
 
 template <class... values>
 void printLocked(const char* format, values... v) {
-    mutex::waitIO();
+    lockGuard held(mutex::io);
     printf(format, v...);
-    mutex::releaseIO();
 }
 
 }  // namespace
@@ -33,6 +32,15 @@ void searchtree::reportNodes() {
     shared->nodeTotals[0] += nodes[0];
     shared->nodeTotals[1] += nodes[1];
     nodes[0] = nodes[1] = 0;
+}
+
+void searchtree::announceRootMove(int i) {
+    shared->rootMoveNumber = i + 1;
+    if (shared->outputMode != 1 && shared->postFlag && shared->timer1.getTimePassedBy() > 1000) {
+        char text[10];
+        moveToText(rootList.moves[i], text);
+        printLocked("currmovenumber %d currmove %s\n", i + 1, text);
+    }
 }
 
 void searchtree::printThinking(const board& position, int firstMove, char* out, int size) const {
@@ -89,7 +97,6 @@ int searchtree::rootSearch(const board& position) {
     if (rootMoveCount == 0) return root.inCheck() ? checkmateSentinel : stalemateSentinel;
     if (rootMoveCount == 1) return rootList.moves[0];
 
-    const bool uci = shared->outputMode != 1;
     const bool post = shared->postFlag != 0;
     int previous = root.evaluate(-16000, 16000);
     int bestMove = rootList.moves[0];
@@ -99,13 +106,8 @@ int searchtree::rootSearch(const board& position) {
     for (;; d++) {
         completedDepth = d + 1;
         shared->rootDepth = d + 1;
-        shared->rootMoveNumber = 1;
         const int first = rootList.moves[0];
-        char text[10];
-        if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
-            moveToText(first, text);
-            printLocked("currmovenumber 1 currmove %s\n", text);
-        }
+        announceRootMove(0);
         board child = root;
         child.makeMove(first);
         int score = -alphaBeta(first, child, d, -(previous + 100), 100 - previous, 0);
@@ -115,9 +117,8 @@ int searchtree::rootSearch(const board& position) {
             score = -alphaBeta(first, child, d, -16000, 16000, 0);
         }
         if (shared->processCount > 0) {
-            mutex::waitMT();
+            lockGuard mt(mutex::mt);
             shared->processState[shared->processCount - 1] = 1;
-            mutex::releaseMT();
         }
         if (isAbort(score) || searchStopped()) {
             onlyFirstMove = true;
@@ -136,12 +137,11 @@ int searchtree::rootSearch(const board& position) {
 
         for (int i = 1; i < rootMoveCount; i++) {
             if (searchStopped() || best == mateScore) break;
+            i += searchRootMovesTogether(root, d, i, best);
+            movesSearched = i;
+            if (i == rootMoveCount) break;
             const int move = rootList.moves[i];
-            shared->rootMoveNumber = i + 1;
-            if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
-                moveToText(move, text);
-                printLocked("currmovenumber %d currmove %s\n", i + 1, text);
-            }
+            announceRootMove(i);
             child = root;
             child.makeMove(move);
             score = -alphaBeta(move, child, d, -best - 1, -best, 0);
@@ -164,6 +164,7 @@ int searchtree::rootSearch(const board& position) {
             }
         }
         rootList.sortAfterSearch(movesSearched);
+        memcpy(shared->rootMoves, rootList.moves, sizeof shared->rootMoves);
         previous = best;
 
         if (searchStopped() || best == mateScore) break;
@@ -175,7 +176,7 @@ int searchtree::rootSearch(const board& position) {
         if (d >= shared->maxDepth) break;
     }
 
-    mutex::waitIO();
+    lockGuard io(mutex::io);
     if (post) {
         if (onlyFirstMove) {
             printf(" depth=%d only first move examined\n", d + 1);
@@ -193,6 +194,5 @@ int searchtree::rootSearch(const board& position) {
     printf(" Nodes=%lld\n", total);
     if (elapsed > 0) printf(" average speed= %lld.kNPS  total time elapsed= %d\n", total / elapsed, elapsed);
     printf(" foundmove=%s\n\n", text);
-    mutex::releaseIO();
     return bestMove;
 }

@@ -120,6 +120,25 @@ TEST_F(Search, NoTimeStopsAtOnceAndTheAbortValueClimbsUnchanged) {
     EXPECT_NE(out.find(" only first move examined\n"), std::string::npos) << out;
 }
 
+TEST_F(Search, AnAbandonedNullMoveSearchIsComparedWithBeta) {
+    // The search is disabled inside the null-move search (at the second
+    // tablebase probe, the node after the null move). Black has pawns only,
+    // so the abort climbs from there unchanged; at the top it reads as a
+    // score of 16300, at least beta: the node returns beta.
+    static sharedData* s;
+    static int probes;
+    s = engine().shared.get();
+    probes = 0;
+    engine().tree.tablebaseProbe = [](const board&, int&) {
+        if (++probes == 2) s->allSearchprocesEnabled = 0;
+        return false;
+    };
+    board b = boardFrom("4k3/4p3/8/8/8/8/4P3/R3K3 w - - 0 1");
+    EXPECT_EQ(alphaBeta(b, 6, -100, 100), 100);
+    EXPECT_EQ(probes, 2);
+    engine().tree.tablebaseProbe = nullptr;
+}
+
 TEST_F(Search, NullMoveIsNotTriedInCheckOrWithPawnsOnly) {
     // Same node counts with the null move switched off show it was never tried.
     const char* positions[] = {
