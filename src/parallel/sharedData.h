@@ -46,6 +46,7 @@ struct splitBlock {
     int32_t reducedMoves;
     int32_t failHigh;
     int32_t parent;         // block of the node that split, 0 for none
+    int32_t claimedMask;    // bit p: process slot p was claimed for the block
 
     // The block's side of the split protocol, for its owner and its slaves
     // alike; lock is the block's own mutex.
@@ -104,6 +105,7 @@ struct sharedData {
     int32_t processState[maxProcesses];      // 1 idle and available, 2 busy
     int32_t assignedSplitBlock[maxProcesses];
     int32_t waitingForBlock[maxProcesses];   // block an owner waits for while idle, 0 none: a claim wakes it there
+    int32_t processLost[maxProcesses];       // claimed and never back: not claimed again
     int32_t runFlag;
     int64_t nodeTotals[2];                   // alphaBeta nodes, quiescence nodes
     int32_t processesReady;                  // role processes that have opened every object

@@ -66,7 +66,7 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
     {
         lockGuard mt(mutex::mt);
         for (int p = 0; p < shared->processCount && p < maxProcesses; p++) {
-            if (p == processSlot || shared->processState[p] != 1) continue;
+            if (p == processSlot || shared->processState[p] != 1 || shared->processLost[p]) continue;
             shared->processState[p] = 2;
             waitingAt[claimedCount] = shared->waitingForBlock[p];
             claimed[claimedCount++] = p;
@@ -92,6 +92,8 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
             block.reducedMoves = 0;
             block.failHigh = 0;
             block.parent = sbNum;
+            block.claimedMask = 0;
+            for (int i = 0; i < claimedCount; i++) block.claimedMask |= 1 << claimed[i];
             for (int i = 0; i < claimedCount; i++) shared->assignedSplitBlock[claimed[i]] = n;
             blockNumber = n;
         }
@@ -182,6 +184,10 @@ void searchtree::waitForSlaves(int blockNumber) {
         lockGuard mt(mutex::mt);
         shared->processState[processSlot] = 2;
         shared->waitingForBlock[processSlot] = 0;
+        // A process that never came back (killed, most likely) would cost
+        // this wait again at every split.
+        for (int p = 0; p < maxProcesses; p++)
+            if (block.claimedMask >> p & 1 && shared->processState[p] == 2) shared->processLost[p] = 1;
         return;
     }
 }

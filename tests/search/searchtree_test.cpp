@@ -66,6 +66,18 @@ TEST_F(Search, AMateByTheFirstRootMoveBreaksTheSearch) {
     EXPECT_NE(out.find(" foundmove=a1a8\n\n"), std::string::npos) << out;
 }
 
+TEST_F(Search, TheSharedRootListFollowsEachIterationsSort) {
+    // "stat01" reads the move being searched from the shared list.
+    const char* fen = "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N1PN2/PP3PPP/R2QKB1R w KQ - 0 9";
+    uint16_t generated[moveBufferSize];
+    boardFrom(fen).generateLegalMoves(generated);
+    localSearch::result r;
+    search(fen, 4, 100000, r);
+    const std::string sorted = listText(engine().tree.rootList.moves);
+    EXPECT_NE(sorted, listText(generated));
+    EXPECT_EQ(listText(engine().shared->rootMoves), sorted);
+}
+
 TEST_F(Search, RootWithoutMovesOrWithOneMoveAnswersAtOnce) {
     localSearch::result r;
     search("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", 10, 100000, r);
