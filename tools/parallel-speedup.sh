@@ -120,7 +120,7 @@ for ((round = 0; round < rounds; round++)); do
         read -r t1 n1 t2 n2 < <(locked pair "$fen" "$depth" "$first" "$core")
         echo "$i $depth $t1 $n1 $t2 $n2" >> "$out"
         printf '%3d d%-2d %6d ms %10d nodes | %6d ms %10d nodes | %.2f  %s\n' \
-            "$i" "$depth" "$t1" "$n1" "$t2" "$n2" "$(awk -v a="$t1" -v b="$t2" 'BEGIN {print b > 0 ? a / b : 0}')" "$fen"
+            "$i" "$depth" "$t1" "$n1" "$t2" "$n2" "$(awk -v a="$t1" -v b="$t2" 'BEGIN {print (b > 0 ? a / b : 0)}')" "$fen"
     done < "$work/depths"
 done
 

@@ -149,7 +149,6 @@ void searchtree::waitForSlaves(int blockNumber) {
     {
         lockGuard mt(mutex::mt);
         shared->processState[processSlot] = 1;
-        shared->waitingForBlock[processSlot] = blockNumber;
     }
     process->slaveAvailable.set();
     auto deadline = clock::now() + std::chrono::milliseconds(waitTimeoutMs);
@@ -158,9 +157,11 @@ void searchtree::waitForSlaves(int blockNumber) {
         {
             lockGuard mt(mutex::mt);
             assigned = shared->assignedSplitBlock[processSlot];
-            if (assigned == 0 && block.numSlaves <= 0) {
+            const bool done = assigned == 0 && block.numSlaves <= 0;
+            // Said again at every round: a wait nested in a job helped meanwhile has cleared it.
+            if (assigned == 0) shared->waitingForBlock[processSlot] = done ? 0 : blockNumber;
+            if (done) {
                 shared->processState[processSlot] = 2;
-                shared->waitingForBlock[processSlot] = 0;
                 return;
             }
         }
