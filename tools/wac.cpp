@@ -9,65 +9,20 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "board/board.h"
-#include "san.h"
 #include "search/localSearch.h"
+#include "tune/epdRecord.h"
 
 namespace {
-
-struct testPosition {
-    std::string fen, id, bmText, bmUci;
-    std::vector<int> bm;
-};
-
-std::string trim(const std::string& s) {
-    const size_t b = s.find_first_not_of(' '), e = s.find_last_not_of(' ');
-    return b == std::string::npos ? "" : s.substr(b, e - b + 1);
-}
 
 std::string uciText(int move) {
     char text[10];
     moveToText(move, text);
     for (char* c = text; *c; c++) *c = static_cast<char>(std::tolower(*c));
     return text;
-}
-
-// EPD: four FEN fields, then "opcode operands;" pairs.
-bool parseEpd(const std::string& line, board& position, testPosition& t) {
-    std::istringstream in(line);
-    std::string fields[4];
-    for (auto& f : fields)
-        if (!(in >> f)) return false;
-    t.fen = fields[0] + " " + fields[1] + " " + fields[2] + " " + fields[3] + " 0 1";
-    position.setupPosition(t.fen.c_str());
-    std::string rest, op;
-    std::getline(in, rest);
-    std::istringstream ops(rest);
-    while (std::getline(ops, op, ';')) {
-        op = trim(op);
-        const std::string code = op.substr(0, op.find(' '));
-        const std::string operands = op.size() > code.size() ? trim(op.substr(code.size())) : "";
-        if (code == "id") {
-            t.id = operands;
-            std::erase(t.id, '"');
-        } else if (code == "bm") {
-            t.bmText = operands;
-            std::istringstream sans(operands);
-            for (std::string san; sans >> san;) {
-                const int m = sanToMove(position, san.c_str());
-                if (!m) fprintf(stderr, "%s: cannot read bm %s\n", line.c_str(), san.c_str());
-                if (!m) continue;
-                t.bm.push_back(m);
-                if (!t.bmUci.empty()) t.bmUci += ' ';
-                t.bmUci += uciText(m);
-            }
-        }
-    }
-    return !t.bm.empty();
 }
 
 }  // namespace
@@ -95,16 +50,28 @@ int main(int argc, char** argv) {
     }
 
     board position;
-    std::vector<std::pair<testPosition, board>> suite;
+    std::vector<std::pair<epdRecord, board>> suite;
+    epdRecord record;
+    std::string error;
     for (std::string line; std::getline(file, line);) {
-        testPosition t;
-        if (trim(line).empty()) continue;
-        if (!parseEpd(line, position, t)) return 1;
-        suite.emplace_back(t, position);
+        if (line.find_first_not_of(" \r") == std::string::npos) continue;
+        const bool read = record.parse(line.c_str(), position, error);
+        if (!read || (record.bestMoves.empty() && record.avoidMoves.empty())) {
+            fprintf(stderr, "%s: %s\n", line.c_str(), read ? "no bm or am" : error.c_str());
+            return 1;
+        }
+        suite.emplace_back(record, position);
     }
 
     if (convert) {
-        for (const auto& [t, b] : suite) printf("%s|%s\n", t.fen.c_str(), t.bmUci.c_str());
+        for (const auto& [t, b] : suite) {
+            std::string moves;
+            for (int m : t.bestMoves) {
+                if (!moves.empty()) moves += ' ';
+                moves += uciText(m);
+            }
+            printf("%s|%s\n", t.fen.c_str(), moves.c_str());
+        }
         return 0;
     }
 
@@ -114,11 +81,11 @@ int main(int argc, char** argv) {
     for (const auto& [t, b] : suite) {
         search.clearTables();
         const localSearch::result r = search.run(b, 60, timeMs);
-        bool hit = false;
-        for (int m : t.bm) hit |= (m & 0x7FFF) == (r.move & 0x7FFF);
+        const bool hit = t.solvedBy(r.move);
         solved += hit;
-        fprintf(stderr, "%-8s expected %-8s (%-9s) found %-6s score %6d depth %2d  %s\n", t.id.c_str(),
-                t.bmText.c_str(), t.bmUci.c_str(), uciText(r.move).c_str(), r.score, r.depth, hit ? "yes" : "no");
+        const std::string expected = t.bestText.empty() ? "am " + t.avoidText : t.bestText;
+        fprintf(stderr, "%-8s expected %-8s found %-6s score %6d depth %2d  %s\n", t.id.c_str(), expected.c_str(),
+                uciText(r.move).c_str(), r.score, r.depth, hit ? "yes" : "no");
     }
     fprintf(stderr, "solved %d/%zu\n", solved, suite.size());
     return 0;

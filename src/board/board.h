@@ -96,6 +96,9 @@ public:
     void makeMove(int move);
     bool isMoveIllegal(int move) const;
     bool printGameEndedMessage() const;
+    // One king a side, the side that has just moved not in check, no pawn on
+    // the first or last rank, at most 16 pieces and 8 pawns a side.
+    bool isLegalPosition() const;
     // The result line when the game has ended, else null.
     const char* gameEndedMessage() const;
     int convertMovestringToInt(const char* text) const;
@@ -124,6 +127,8 @@ private:
 // Move text in coordinate notation with an upper-case promotion letter
 // ("e7e8Q"), or "NULLMOVE"; out needs room for 9 characters.
 void moveToText(int move, char* out);
+// The same with the promotion letter in lower case when uci is set ("e7e8q"), as UCI front ends read it.
+void moveToText(int move, char* out, bool uci);
 void squareToText(int square, char* out);
 
 // Diminishing-gap exchange sort of a move buffer, descending by the signed

@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <initializer_list>
 
 #include "board/board.h"
 
@@ -18,6 +19,11 @@ void moveToText(int move, char* out) {
     squareToText(moveTo(move), out + 2);
     out[4] = movePromotion(move) ? "PNBRQKXX"[movePromotion(move)] : 0;
     out[5] = 0;
+}
+
+void moveToText(int move, char* out, bool uci) {
+    moveToText(move, out);
+    if (uci && movePromotion(move)) out[4] = static_cast<char>(out[4] - 'A' + 'a');
 }
 
 bool board::isMoveIllegal(int move) const {
@@ -82,6 +88,15 @@ const char* board::gameEndedMessage() const {
     if (pieces == 4 && bb[BISHOP][WHITE] && bb[BISHOP][BLACK])
         drawn = findFirstBit(bb[BISHOP][WHITE]) % 2 == findFirstBit(bb[BISHOP][BLACK]) % 2;
     return drawn ? "1/2-1/2 {insufficient Material}\n" : nullptr;
+}
+
+bool board::isLegalPosition() const {
+    constexpr uint64_t firstAndLastRank = 0xFF000000000000FFULL;
+    if ((bb[PAWN][WHITE] | bb[PAWN][BLACK]) & firstAndLastRank) return false;
+    for (int side : {WHITE, BLACK})
+        if (countBits(bb[KING][side]) != 1 || countBits(bb[NOPIECE][side]) > 16 || countBits(bb[PAWN][side]) > 8)
+            return false;
+    return toMove == 1 ? !attackedBy(bKingSq, WHITE) : !attackedBy(wKingSq, BLACK);
 }
 
 bool board::printGameEndedMessage() const {

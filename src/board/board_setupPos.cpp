@@ -51,6 +51,12 @@ void board::setupPosition(const char* fen) {
     if (*p == 'Q') { castle += 2; p++; }
     if (*p == 'k') { castle += 4; p++; }
     if (*p == 'q') { castle += 8; p++; }
+    // A right whose king or rook is off its square would castle a piece that is not there.
+    const auto on = [&](int type, int side, int square) { return (bb[type][side] >> square & 1) != 0; };
+    if (!on(KING, WHITE, 3) || !on(ROOK, WHITE, 0)) castle &= ~1;
+    if (!on(KING, WHITE, 3) || !on(ROOK, WHITE, 7)) castle &= ~2;
+    if (!on(KING, BLACK, 59) || !on(ROOK, BLACK, 56)) castle &= ~4;
+    if (!on(KING, BLACK, 59) || !on(ROOK, BLACK, 63)) castle &= ~8;
     if (*p == '-') p++;
     skipBlanks(p);
 

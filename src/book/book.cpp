@@ -2,19 +2,42 @@
 
 #include <cstdio>
 #include <cstring>
+#include <strings.h>
 
 #include "board/board.h"
+#include "book/ctgBook.h"
+#include "book/polyglotBook.h"
+#include "parallel/console.h"
 
 namespace {
 
 constexpr int neverChosen = -9999999;
-constexpr int maxBookMoves = 64;
+
+// W + D / 2 of the position the move leads to, wins counted for the side
+// that plays the move; 1 when the book records no games there.
+int moveWeight(bookSource& source, const board& position, const bookSource::entry& move) {
+    if (move.annotation >= 64 && move.annotation <= 127) return neverChosen;
+    board next = position;
+    const int legalMove = next.convertMovestringToInt(move.move);
+    if (legalMove == 0) return 1;
+    next.makeMove(legalMove);
+    char fen[128];
+    next.getFen(fen);
+    int wins = 0, draws = 0, losses = 0;
+    if (!source.results(fen, wins, draws, losses) || wins + draws + losses == 0) return 1;
+    return wins + draws / 2;
+}
 
 }  // namespace
 
 book::book() : bookBestMoveOnly(1) { setPath("bookTalvin.ctg"); }
 
-void book::setPath(const char* text) { snprintf(path, sizeof path, "%s", text); }
+void book::setPath(const char* text) {
+    snprintf(path, sizeof path, "%s", text);
+    const size_t length = strlen(path);
+    if (length >= 4 && strcasecmp(path + length - 4, ".bin") == 0) source = std::make_unique<polyglotBook>(path);
+    else source = std::make_unique<ctgBook>(path);
+}
 
 bool book::chooseMove(const board& position, char* moveText, uint32_t random) {
     char fen[128];
@@ -30,20 +53,8 @@ bool book::chooseMove(const board& position, char* moveText, uint32_t random) {
     int weight[maxBookMoves];
     int max = 0;
     for (int i = 0; i < count; i++) {
-        board next = position;
-        const int move = next.convertMovestringToInt(entries[i].move);
-        int wins = 0, draws = 0, losses = 0;
-        char nextFen[128] = "";
-        if (move) {
-            next.makeMove(move);
-            next.getFen(nextFen);
-        }
-        if (entries[i].annotation >= 64 && entries[i].annotation <= 127) weight[i] = neverChosen;
-        else if (!move || !source->contains(nextFen) || !source->results(nextFen, wins, draws, losses) ||
-                 wins + draws + losses == 0)
-            weight[i] = 1;
-        else weight[i] = wins + draws / 2;
-        if (i == 0 || weight[i] > max) max = weight[i];
+        weight[i] = moveWeight(*source, position, entries[i]);
+        if (weight[i] > max) max = weight[i];
     }
     const int threshold = bookBestMoveOnly ? max : max / 20;
     int candidates[maxBookMoves];
@@ -56,8 +67,8 @@ bool book::chooseMove(const board& position, char* moveText, uint32_t random) {
             total += weight[i];
         }
     }
-    if (candidateCount == 0) return false;
     if (bookBestMoveOnly) {
+        if (candidateCount == 0) return false;
         strcpy(moveText, entries[candidates[random % candidateCount]].move);
         return true;
     }
@@ -69,6 +80,6 @@ bool book::chooseMove(const board& position, char* moveText, uint32_t random) {
             return true;
         }
     }
-    printf("ERROR: no move returned from openingbook while present\n");
+    printInfo("ERROR: no move returned from openingbook while present\n");
     return false;
 }

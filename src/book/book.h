@@ -1,19 +1,8 @@
 #pragma once
 #include <cstdint>
+#include <memory>
 
-// What a book file can tell about a position, given as FEN.
-class bookSource {
-public:
-    struct entry {
-        char move[8];    // coordinate notation
-        int annotation;  // the move's annotation byte
-    };
-    virtual ~bookSource() = default;
-    virtual bool contains(const char* fen) = 0;
-    // The position's moves in book order; false when the position cannot be read.
-    virtual bool moves(const char* fen, entry* out, int capacity, int& count) = 0;
-    virtual bool results(const char* fen, int& wins, int& draws, int& losses) = 0;
-};
+#include "book/bookSource.h"
 
 class board;
 
@@ -21,11 +10,12 @@ class board;
 // move among the book's moves by their recorded results.
 class book {
 public:
-    char path[50];
+    char path[51];  // at most 50 characters
     int bookBestMoveOnly;
-    bookSource* source = nullptr;  // no book file reader: no position is in the book
+    std::unique_ptr<bookSource> source;
 
     book();
+    // A path ending in ".bin" is a Polyglot book, any other a CTG book.
     void setPath(const char* text);
 
     // The chosen move's text in moveText ("noMove" when the position could

@@ -176,8 +176,9 @@ int board::evaluate(int alpha, int beta) {
 
     const int clock = fiftyMoves;
     const auto fiftyMoveScaled = [clock](int score) { return clock > 50 ? score * (100 - clock) / 50 : score; };
+    const uint64_t cacheKey = boardKey ^ evalWeightsKey;
     if (evalCache) {
-        const int cached = evalCache->probe(boardKey);
+        const int cached = evalCache->probe(cacheKey);
         if (cached != evalHashtable::missValue) return fiftyMoveScaled(cached) * side;
     }
 
@@ -344,6 +345,6 @@ int board::evaluate(int alpha, int beta) {
     if (candidates) score += evaluateHiddenPassedPawns(passed, candidates);
 
     lastPositionalScore = positionalScore = score - lazy;
-    if (evalCache) evalCache->store(boardKey, score);
+    if (evalCache) evalCache->store(cacheKey, score);
     return fiftyMoveScaled(score) * side;
 }

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "parallel/mutex.h"
+#include "parallel/console.h"
 #include "shell/settingsFile.h"
 
 int32_t evalHashtable::entriesForSize(int sizeSetting) {
@@ -30,11 +30,11 @@ void evalHashtable::setUp(const char* instance, int32_t count, bool openInstead)
     entryCount = count;
     const namedMapping::result result = mapping.createOrOpen(name, static_cast<size_t>(count) * 8, openInstead);
     if (result == namedMapping::notCreated) {
-        mutex::printLocked("ERROR! Could not create file mapping object sharedEvalHashtable.\n");
+        printInfo("ERROR! Could not create file mapping object sharedEvalHashtable.\n");
         return;
     }
     if (result == namedMapping::notMapped) {
-        mutex::printLocked("ERROR! Could not map view of file sharedEvalHashtable.\n");
+        printInfo("ERROR! Could not map view of file sharedEvalHashtable.\n");
         mapping.closeHandle();
         return;
     }
@@ -50,11 +50,11 @@ void evalHashtable::reset() {
 evalHashtable::~evalHashtable() {
     entries = nullptr;
     if (mapping.view) {
-        mutex::printLocked("unmapping sharedEvalHashtable....\n");
+        printInfo("unmapping sharedEvalHashtable....\n");
         mapping.unmap();
     }
     if (mapping.handle >= 0) {
-        mutex::printLocked("Getting rid of handle sharedEvalHashtable....\n");
+        printInfo("Getting rid of handle sharedEvalHashtable....\n");
         mapping.closeHandle();
     }
 }

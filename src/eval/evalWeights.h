@@ -1,13 +1,37 @@
 #pragma once
 #include <array>
+#include <cstdint>
 
 // The evaluation's tunable weights, one list in the order the tuner addresses
 // them by. The names below are how the evaluation reads them.
 inline constexpr int evalWeightCount = 80;
-extern std::array<int, evalWeightCount> evalWeights;
-extern const std::array<int, evalWeightCount> defaultEvalWeights;
+using evalWeightList = std::array<int, evalWeightCount>;
+extern evalWeightList evalWeights;
+extern const evalWeightList defaultEvalWeights;
+// Names in list order, as the weights file writes them.
+extern const char* const evalWeightNames[evalWeightCount];
 
+// Folded into every evaluation-cache key: a score cached under other
+// weights, by this process before a change or by another process, never
+// matches. 0 for the built-in weights, so their cache keys are the position keys.
+extern uint64_t evalWeightsKey;
+
+// Every change of the weights at run time goes through these: they renew
+// the cache key and forget the last positional score, which came from the
+// old weights.
+void setEvalWeight(int index, int value);
+void setEvalWeights(const evalWeightList& values);
 void resetEvalWeights();
+
+// The weights as one process hands them to the others through shared
+// memory; generation 0 is the start-up set every process read itself.
+struct publishedEvalWeights {
+    int32_t generation;
+    int32_t values[evalWeightCount];
+};
+void publishEvalWeights(publishedEvalWeights& to);
+// Takes the published weights over when they are newer than this process's.
+void adoptEvalWeights(const publishedEvalWeights& from);
 
 inline int& developmentWeight = evalWeights[0];
 inline int& uncastledPenalty = evalWeights[1];

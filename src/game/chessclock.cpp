@@ -33,7 +33,7 @@ void chessclock::setClock(int moves, int baseMs, int incrementMs, int now) {
         movesLeft[0] = movesLeft[1] = 1;
         timeAddedPerControl = incrementMs;
         baseTime = baseMs;
-        remaining[0] = remaining[1] = baseMs;
+        setBothTimes(baseMs);
     } else if (moves == 0 && baseMs != 0) {
         // Sudden death keeps the old time-added value; the clock adds it after
         // every move of a side (the moves-left count of 1 runs out each move).
@@ -41,19 +41,19 @@ void chessclock::setClock(int moves, int baseMs, int incrementMs, int now) {
         movesPerControl = 1;
         movesLeft[0] = movesLeft[1] = 1;
         baseTime = baseMs;
-        remaining[0] = remaining[1] = baseMs;
+        setBothTimes(baseMs);
     } else if (moves == 0 && incrementMs != 0) {
         mode = 2;
         movesPerControl = 1;
         movesLeft[0] = movesLeft[1] = 1;
         timeAddedPerControl = incrementMs;
-        remaining[0] = remaining[1] = 0;
+        setBothTimes(0);
     } else if (moves != 0 && baseMs != 0 && incrementMs == 0) {
         mode = 0;
         movesPerControl = moves;
         movesLeft[0] = movesLeft[1] = moves;
         timeAddedPerControl = baseMs;
-        remaining[0] = remaining[1] = baseMs;
+        setBothTimes(baseMs);
     }
     // Moves per control together with an increment (and the all-zero cases)
     // is not a control of its own: the previous one stays.
@@ -94,12 +94,11 @@ void chessclock::chargeRunningClock(int now) {
     startStamp = now;
 }
 
-int chessclock::allocateTime() const {
+int64_t chessclock::share(int64_t& margin) const {
     const int e = colourIndex(enginePlaysWhite);
     const int64_t left = remaining[e];
     const int64_t added = timeAddedPerControl;
-    const int64_t margin = 150;
-    int64_t t;
+    margin = 150;
     switch (mode) {
         case 0: {
             // A count below 1 (only reachable through odd input) is taken as
@@ -107,25 +106,40 @@ int chessclock::allocateTime() const {
             // time, still bounded by the cap below.
             const int64_t moves = movesLeft[e] >= 1 ? movesLeft[e] : 1;
             const int64_t perControl = movesPerControl >= 1 ? movesPerControl : 1;
-            const int64_t share = left / moves;
             // At most twice the average time per move of a control. (Twice the
             // base over 60 moves equals the base over 30, so 60 needs no case.)
-            const int64_t cap = 2 * added / perControl;
-            t = (share < cap ? share : cap) - margin;
-            break;
+            return std::min(left / moves, 2 * added / perControl);
         }
         case 1:
-            t = left / 40;  // the sudden-death share carries no margin
-            break;
+            margin = 0;  // the sudden-death share carries no margin
+            return left / 40;
         case 2:
-            t = added - margin;
-            break;
+            return added;
         case 3:
-            t = std::min(left / 30 + added, left) - margin;
-            break;
+            return std::min(left / 30 + added, left);
         default:
-            t = 0;
-            break;
+            margin = 0;
+            return 0;
     }
-    return saturate(t);
+}
+
+int chessclock::allocateTime() const {
+    int64_t margin;
+    const int64_t t = share(margin);
+    return saturate(t - margin);
+}
+
+int chessclock::moveBudget(int overheadMs) const {
+    const int e = colourIndex(enginePlaysWhite);
+    int64_t margin;
+    const int64_t t = share(margin);
+    // A fixed time per move bounds the move, and so does the clock when the
+    // front end reports one; the other controls run on the clock.
+    int64_t available = remaining[e];
+    if (mode == 2) available = timeReported[e] ? std::min<int64_t>(timeAddedPerControl, remaining[e]) : timeAddedPerControl;
+    int64_t limit = available - overheadMs;
+    if (limit < 1) limit = std::max<int64_t>(1, available / 2);  // nearly flagged: move at once
+    // Where the margin would eat the whole share (short controls), the share is kept and the limit guards the clock.
+    const int64_t budget = t - margin >= 1 ? t - margin : t;
+    return saturate(std::clamp<int64_t>(budget, 1, limit));
 }

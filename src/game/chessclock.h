@@ -24,6 +24,7 @@ public:
     int32_t stopStamp;
     int32_t unused;
     int32_t baseTime;
+    int32_t timeReported[2];  // the front end has told the side's time since the control was set
 
     static constexpr int32_t stopped = 9;
 
@@ -35,16 +36,33 @@ public:
     void startClock(int which, int now = get_ms());
     // Brings the running side's time up to date without counting a move.
     void chargeRunningClock(int now = get_ms());
-    void setTimeWhite(int ms) { remaining[1] = ms; }
-    void setTimeBlack(int ms) { remaining[0] = ms; }
-    // Time for the engine's next move in ms.
+    void setTime(int colour, int ms) {
+        remaining[colour] = ms;
+        timeReported[colour] = 1;
+    }
+    void setTimeWhite(int ms) { setTime(1, ms); }
+    void setTimeBlack(int ms) { setTime(0, ms); }
+    // Time for the engine's next move in ms, by the control's formula.
     int allocateTime() const;
+    // The time the engine's next move may take: the formula's allocation
+    // where the clock can pay it, but never more than the time left (and the
+    // time per move) less overheadMs, and never less than 1 ms.
+    int moveBudget(int overheadMs) const;
+
+private:
+    // A new control: both sides start from ms, nothing reported yet.
+    void setBothTimes(int ms) {
+        remaining[0] = remaining[1] = ms;
+        timeReported[0] = timeReported[1] = 0;
+    }
+    // The allocation before its safety margin; margin is what the formula takes off.
+    int64_t share(int64_t& margin) const;
 };
 
 static_assert(std::is_trivially_copyable_v<chessclock>);
 static_assert(std::is_trivially_default_constructible_v<chessclock>);
 static_assert(std::is_standard_layout_v<chessclock>);
-static_assert(sizeof(chessclock) == 17 * 4);
+static_assert(sizeof(chessclock) == 19 * 4);
 static_assert(offsetof(chessclock, remaining) == 8 * 4);
 static_assert(offsetof(chessclock, runningClock) == 12 * 4);
 static_assert(offsetof(chessclock, baseTime) == 16 * 4);

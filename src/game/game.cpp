@@ -1,10 +1,12 @@
 #include "game/game.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <random>
 
 #include "game/timer.h"
+#include "parallel/console.h"
 #include "parallel/mutex.h"
 
 namespace {
@@ -31,17 +33,22 @@ bool isLegalMove(const board& position, int move) {
 }
 
 void printEngineMove(const sharedData& shared, const hashtable& table, int move, const board& after) {
-    char text[10], ponder[10] = "noMove";
-    moveToText(move, text);
     const bool uci = shared.outputMode == 2;
+    char text[10], ponder[10] = "";
+    moveToText(move, text, uci);
     if (uci && shared.ponderingActive) {
         const int reply = legalTableMove(table, after);
-        if (reply) moveToText(reply, ponder);
+        if (reply) moveToText(reply, ponder, true);
     }
-    lockGuard held(mutex::io);
-    printf("%smove %s", uci ? "best" : "", text);
-    if (uci && shared.ponderingActive) printf(" ponder %s", ponder);
-    printf("\n");
+    // Without a reply to ponder on the ponder part is left out.
+    if (uci) printLine("bestmove %s%s%s\n", text, ponder[0] ? " ponder " : "", ponder);
+    else printLine("move %s\n", text);
+}
+
+bool announceGameEnd(const board& position) {
+    const char* message = position.gameEndedMessage();
+    if (message) printInfo("%s", message);
+    return message != nullptr;
 }
 
 void game::recordMove(int move) {
@@ -53,12 +60,12 @@ int game::makeMove(const char* text) {
     stopPondering();
     const int move = position.convertMovestringToInt(text);
     if (move == 0) {
-        printf("Error (ambiguous move): %s\n", text);
+        printInfo("Error (ambiguous move): %s\n", text);
         return 0;
     }
     recordMove(move);
     position.makeMove(move);
-    if (position.printGameEndedMessage()) stopClock();
+    if (announceGameEnd(position)) stopClock();
     else if (engineActive) shared->clock.startClock(0);
     if (shared->outputMode == 1) position.printBoard();
     return 1;
@@ -74,29 +81,29 @@ void game::takeOverPendingMove() {
 
 int game::thinkAndMakeBestMove() {
     const bool post = shared->postFlag != 0;
-    if (post) mutex::printLocked("start thinkAndMakeBestMove\n");
+    // Only the console sees the board; an infinite search plays no book or ponder move.
+    const bool showBoard = post && shared->outputMode == 1;
+    const bool analysing = shared->untilStopped != 0;
+    if (post) printInfo("start thinkAndMakeBestMove\n");
     stopPondering();
     chessclock& clock = shared->clock;
     clock.chargeRunningClock();
-    int allotted = clock.allocateTime();
+    int allotted = clock.moveBudget(moveOverheadMs);
     clock.startClock(0);
 
     int move = 0;
-    if (shared->enable_BOOK) {
-        printf("probe TalvinBook: %s\n", openingBook.path);
+    if (shared->enable_BOOK && !analysing) {
+        printInfo("probe TalvinBook: %s\n", openingBook.path);
         char text[16] = "";
         if (openingBook.chooseMove(position, text, bookRandom())) move = position.convertMovestringToInt(text);
-        printf("#move=%s\n", text);
+        printInfo("#move=%s\n", text);
     }
-    if (move == 0 && shared->ponderingActive && position.boardKey == shared->ponderKey) {
+    if (move == 0 && !analysing && shared->ponderingActive && position.boardKey == shared->ponderKey) {
         const int elapsed = get_ms() - shared->ponderStartTime;
         if (elapsed < static_cast<int>(static_cast<int64_t>(allotted) * 8 / 10)) allotted -= elapsed;
         else move = shared->ponderResultMove;
     }
-    if (post) {
-        lockGuard held(mutex::io);
-        printf("===========time next move: %d ms===========\n", allotted);
-    }
+    if (post) printInfo("===========time next move: %d ms===========\n", allotted);
     if (move == 0) {
         shared->timer1.allottedMs = allotted;
         shared->timer1.startTimer();
@@ -107,13 +114,13 @@ int game::thinkAndMakeBestMove() {
     recordMove(move);
     position.makeMove(move);
     printEngineMove(*shared, table, move, position);
-    if (position.printGameEndedMessage()) {
-        if (post) position.printBoard();
+    if (announceGameEnd(position)) {
+        if (showBoard) position.printBoard();
         stopClock();
         return 0;
     }
     clock.startClock(1);
-    if (post) position.printBoard();
+    if (showBoard) position.printBoard();
     if (shared->ponderingActive) postSearch(ponderWithGuess);
     return 1;
 }
@@ -124,11 +131,12 @@ void game::autoPlay() {
         if (shared->searchCommand != searchAndPlay) continue;  // a book move; its ponder search ends with the next call
         // The search process ponders after its move, so its end signal may
         // be far off: the move itself is what is waited for.
-        while (shared->pendingEngineMove == 0) {
+        for (int waitedMs = 0; shared->pendingEngineMove == 0; waitedMs++) {
             if (searchEnded.wait(1)) {
                 searchState = 0;
                 break;
             }
+            watchSearchProcess(waitedMs, shared->timer1.allottedMs + waitTimeoutMs);
         }
         if (shared->pendingEngineMove == 0) return;
         takeOverPendingMove();
@@ -140,17 +148,28 @@ void game::setupStartPosition() {
     setupPosition("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
 }
 
-void game::setupPosition(const char* fen) {
-    snprintf(setupFen, sizeof setupFen, "%s", fen);
+bool game::setupPosition(const char* fen) {
+    const board previous = position;
+    uint64_t previousKeys[150];
+    std::memcpy(previousKeys, keyHistory, sizeof previousKeys);
     position.setupPosition(fen);
+    if (!position.isLegalPosition()) {
+        position = previous;
+        std::memcpy(keyHistory, previousKeys, sizeof previousKeys);
+        if (shared->outputMode == 2) printInfo("Illegal position\n");
+        else printLine("tellusererror Illegal position\n");
+        return false;
+    }
+    snprintf(setupFen, sizeof setupFen, "%s", fen);
     shared->undoLimitPly = position.ply;
-    if (shared->postFlag && shared->outputMode != 2) position.printBoard();
+    if (shared->postFlag && shared->outputMode == 1) position.printBoard();
+    return true;
 }
 
 void game::undoMove() {
     const int target = position.ply - 1;
     if (position.ply <= shared->undoLimitPly) {
-        printf("Cannot undo!\n");
+        printInfo("Cannot undo!\n");
         return;
     }
     position.setupPosition(setupFen);
@@ -160,7 +179,7 @@ void game::undoMove() {
         position.makeMove(move);
     }
     resetHash();
-    if (shared->postFlag) position.printBoard();
+    if (shared->postFlag && shared->outputMode == 1) position.printBoard();
 }
 
 void game::setSideToMove(int side) {
@@ -194,6 +213,7 @@ void game::resetHash() {
 void game::postSearch(int command) {
     shared->searchPosition.store(position);
     shared->searchCommand = command;
+    shared->allSearchprocesEnabled = 1;
     startSearch.set();
     searchState = command == ponderAsItStands ? 3 : 1;
 }
@@ -201,6 +221,13 @@ void game::postSearch(int command) {
 void game::postJob(int command) {
     stopPondering();
     postSearch(command);
+}
+
+void game::benchEpd() {
+    stopPondering();
+    // At least a moment: a zero budget reads as a stop.
+    shared->timer1.allottedMs = std::max(1, shared->clock.allocateTime());
+    postSearch(epdCommand);
 }
 
 void game::startPonderingCurrentPosition() {
@@ -219,23 +246,34 @@ void game::startPondering() {
 
 void game::stopPondering() {
     if (searchState == 0) return;
-    shared->searchCommand = 0;
-    shared->timer1.allottedMs = 0;  // the running search ends at its next node
-    searchEnded.wait(-1);
+    // Taken under the I/O mutex, under which the search process looks at the
+    // command before it prints its move: once the stop is in, no move of
+    // the stopped search comes out.
+    {
+        lockGuard io(mutex::io);
+        shared->searchCommand = 0;
+    }
+    // The search ends at its next node. The flag, unlike the budget, is
+    // never set by the search process, so a stop that comes before the
+    // search has started (and set its budget) is not lost.
+    shared->allSearchprocesEnabled = 0;
+    shared->timer1.allottedMs = 0;
+    waitForSearchEnd(waitTimeoutMs);
     shared->pendingEngineMove = 0;
     searchState = 0;
 }
 
 void game::moveNow() {
     shared->timer1.allottedMs = 0;
+    // A UCI stop ends whatever runs, a ponder search too.
+    if (shared->outputMode == 2) shared->allSearchprocesEnabled = 0;
     if (searchState == 3 && shared->outputMode == 2) {
         // The ponder search stores its result before it reports its end.
-        if (!searchEnded.wait(10000)) return;
+        waitForSearchEnd(waitTimeoutMs);
         searchState = 0;
         char text[10] = "0000";
-        if (shared->ponderResultMove) moveToText(shared->ponderResultMove, text);
-        lockGuard held(mutex::io);
-        printf("\nbestmove %s\n", text);
+        if (shared->ponderResultMove) moveToText(shared->ponderResultMove, text, true);
+        printLine("bestmove %s\n", text);
     }
 }
 
@@ -247,7 +285,11 @@ void game::playOther() {
 }
 
 void game::giveHint() {
-    const int move = legalTableMove(table, position);
+    // Without a table move the first legal move is the hint: the command is always answered.
+    uint16_t legal[moveBufferSize];
+    position.generateLegalMoves(legal);
+    const int tableMove = legalTableMove(table, position);
+    const int move = tableMove ? tableMove : legal[0];
     if (move == 0) return;
     char text[10];
     moveToText(move, text);

@@ -5,6 +5,7 @@
 #include "board/board.h"
 #include "book/book.h"
 #include "eval/evalHashtable.h"
+#include "parallel/mutex.h"
 #include "parallel/namedEvent.h"
 #include "parallel/sharedData.h"
 #include "search/hashtable.h"
@@ -32,8 +33,9 @@ public:
     sharedDataMapping sharedOwner;
     sharedData* shared;
     board position;
-    int32_t searchState;  // 0 idle, 1 a search or analysis posted, 3 a UCI ponder search
+    int32_t searchState;  // 0 idle, 1 a search or a ponder search posted, 3 a UCI ponder search or an analysis
     hashtable table;
+    int moveOverheadMs;   // kept back from every time budget for the way to the front end
 
     explicit game(const char* instance);
     ~game();
@@ -43,7 +45,8 @@ public:
     int makeMove(const char* text);
     int thinkAndMakeBestMove();
     void setupStartPosition();
-    void setupPosition(const char* fen);
+    // An illegal position is refused with a message; the board stays as it was.
+    bool setupPosition(const char* fen);
     void undoMove();
     void setSideToMove(int side);
     void associateEngineWithSide(int side) { shared->clock.associateEngineWithSide(side); }
@@ -66,7 +69,8 @@ public:
     void autoPlay();
     void tune() { postJob(tuneCommand); }
     void tuneLE() { postJob(tuneLECommand); }
-    void benchEpd() { postJob(epdCommand); }
+    // Every position gets the time a move would get at the current time control.
+    void benchEpd();
 
     void bench(int depth, int timeMs);
     void benchSpeed(int depth);
@@ -79,14 +83,24 @@ public:
     // The loop of the search process (role "0"); returns when the engine ends.
     static int runSearchProcess();
 
+    // Ends the engine with a message when the search process has died, or
+    // has not answered waitedMs > boundMs after it was told to: without it
+    // nothing would ever answer the front end.
+    void watchSearchProcess(int waitedMs = 0, int boundMs = waitTimeoutMs);
+
 private:
     void postSearch(int command);
+    // Waits for the search process's end signal, at most boundMs.
+    void waitForSearchEnd(int boundMs);
     void postJob(int command);
     void recordMove(int move);
 };
 
 // Is the move in the position's legal move list?
 bool isLegalMove(const board& position, int move);
+
+// The result line when the game has ended (an info string under UCI); true then.
+bool announceGameEnd(const board& position);
 
 // "move e2e4" or "bestmove e2e4 ponder e7e5", under the I/O mutex; after is
 // the position after the move.

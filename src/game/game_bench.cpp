@@ -3,6 +3,7 @@
 
 #include "game/game.h"
 #include "game/timer.h"
+#include "parallel/console.h"
 
 namespace {
 
@@ -18,12 +19,9 @@ void game::benchCurrentPosition(int timeMs) {
     resetHash();
     shared->timer1.allottedMs = timeMs;
     shared->timer1.startTimer();
-    shared->searchPosition.store(position);
     // Command 0: the search process searches but plays nothing.
-    shared->searchCommand = 0;
-    startSearch.set();
-    searchState = 1;
-    searchEnded.wait(-1);
+    postSearch(0);
+    waitForSearchEnd(timeMs + waitTimeoutMs);
     searchState = 0;
 }
 
@@ -53,7 +51,7 @@ void game::bench(int depth, int timeMs) {
     long long total;
     int t;
     benchRun(*this, depth, timeMs, [](auto search) { for (const char* fen : benchPositions) search(fen); }, total, t);
-    printf("nodes=%lld time=%d.ms speed=%lld.kNPS\n", total, t, t ? total / t : 0);
+    printLine("nodes=%lld time=%d.ms speed=%lld.kNPS\n", total, t, t ? total / t : 0);
 }
 
 void game::benchSpeed(int depth) {
@@ -70,6 +68,6 @@ void game::benchSpeed(int depth) {
             if (line[0] != '+' && line[0] != '-') search(line);
     }, total, t);
     if (file) fclose(file);
-    printf("depth=%d nodes=%lld Mnodes=%lld time=%d.ms speed=%lld.kNPS\n", depth, total, total / 1000000, t,
+    printLine("depth=%d nodes=%lld Mnodes=%lld time=%d.ms speed=%lld.kNPS\n", depth, total, total / 1000000, t,
            t ? total / t : 0);
 }

@@ -1,12 +1,17 @@
+#include <chrono>
 #include <cstdio>
+#include <thread>
 
 #include "game/game.h"
 #include "game/timer.h"
+#include "parallel/console.h"
 #include "parallel/instance.h"
 #include "parallel/mutex.h"
 #include "parallel/processLauncher.h"
 #include "parallel/searchProcess.h"
 #include "search/searchtree.h"
+#include "tune/epdSuite.h"
+#include "tune/tuner.h"
 
 namespace {
 
@@ -26,10 +31,9 @@ void ponder(sharedData& shared, searchtree& tree, const board& position, int com
     if (guess) {
         char text[10];
         moveToText(guess, text);
-        lockGuard held(mutex::io);
-        printf("===== Start Pondering moveGuess=%s=====\n", text);
+        printInfo("===== Start Pondering moveGuess=%s=====\n", text);
     } else {
-        mutex::printLocked("===== Start Pondering: no ponderingmove, start filling table =====\n");
+        printInfo("===== Start Pondering: no ponderingmove, start filling table =====\n");
     }
     shared.ponderResultMove = 0;
     shared.ponderKey = pondered.boardKey;
@@ -41,29 +45,32 @@ void ponder(sharedData& shared, searchtree& tree, const board& position, int com
 }
 
 // The engine's move is played on this process's board, reported to the
-// user-interface process and printed.
-void playSearchResult(sharedData& shared, searchtree& tree, board& position, int move) {
+// user-interface process and printed; false when the game is over.
+bool playSearchResult(sharedData& shared, searchtree& tree, board& position, int move) {
     if (isSentinel(move)) {
         // No legal move: a UCI front end still waits for an answer.
-        if (shared.outputMode == 2) mutex::printLocked("bestmove 0000\n");
-        return;
+        if (shared.outputMode == 2) printLine("bestmove 0000\n");
+        return false;
     }
     shared.pendingEngineMove = static_cast<uint16_t>(move);
     shared.moveHistory[position.ply % 1000] = static_cast<uint16_t>(move);
     position.makeMove(move);
     printEngineMove(shared, *tree.table, move, position);
-    bool over;
-    {
-        lockGuard held(mutex::io);
-        over = position.printGameEndedMessage();
-        if (shared.postFlag) position.printBoard();
-    }
+    const bool over = announceGameEnd(position);
+    if (shared.postFlag && shared.outputMode == 1) position.printBoard();
     if (over) {
         shared.clock.stopClock();
-        return;
+        return false;
     }
     shared.clock.startClock(1);
-    if (shared.outputMode != 2) ponder(shared, tree, position, shared.searchCommand);
+    return true;
+}
+
+// An infinite search answers only when told to stop, even when it ended
+// early (a single legal move, a mate found).
+void waitForStop(const sharedData& shared) {
+    while (shared.timer1.allottedMs != 0 && shared.allSearchprocesEnabled != 0 && shared.searchCommand != 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 }  // namespace
@@ -97,10 +104,22 @@ int game::runSearchProcess() {
         if (command == ponderWithGuess || command == ponderAsItStands) {
             shared->pendingEngineMove = 0;
             ponder(*shared, tree, position, command);
-        } else if (command < tuneCommand || command > epdCommand) {
+        } else if (command == tuneCommand || command == tuneLECommand) {
+            tuner job(*shared, tree, position, command);
+            command == tuneCommand ? job.tune() : job.tuneLE();
+        } else if (command == epdCommand) {
+            runEpdSuite(*shared, tree, position, command, shared->timer1.allottedMs);
+        } else {
             const int move = tree.rootSearch(position);
-            // A stop in the meantime discards the result.
-            if (shared->searchCommand != 0) playSearchResult(*shared, tree, position, move);
+            if (shared->untilStopped) waitForStop(*shared);
+            // A stop in the meantime discards the result. The stop is posted
+            // under the I/O mutex, so once it is in no move comes out.
+            bool goesOn;
+            {
+                lockGuard io(mutex::io);
+                goesOn = shared->searchCommand != 0 && playSearchResult(*shared, tree, position, move);
+            }
+            if (goesOn && shared->outputMode != 2) ponder(*shared, tree, position, shared->searchCommand);
         }
         searchEnded.set();
     }

@@ -1,9 +1,30 @@
 #include "parallel/mutex.h"
 
+#include "parallel/console.h"
+
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <thread>
+
+namespace {
+
+template <class... values>
+void append(char (&message)[160], const char* format, values... v) {
+    const size_t length = strlen(message);
+    snprintf(message + length, sizeof message - length, format, v...);
+}
+
+// A message of the mutex code itself, never waiting for a mutex.
+template <class... values>
+void report(const char* format, values... v) {
+    char message[160] = "";
+    append(message, format, v...);
+    writeInfo(message);
+}
+
+}  // namespace
 
 namedMutex mutex::io;
 namedMutex mutex::mt;
@@ -43,13 +64,13 @@ void mutex::init(const char* instance, bool openInstead, int retryMs) {
         char name[160];
         objectName(name, sizeof name, stems[i], instance);
         if (!openInstead) {
-            if (!handles[i]->create(name)) printf("Create- no handle, ERROR= %d\n", errno);
+            if (!handles[i]->create(name)) report("Create- no handle, ERROR= %d\n", errno);
             continue;
         }
         while (!handles[i]->open(name)) {
-            printf("WAIT- no handle, ERROR= %d\n", errno);
+            report("WAIT- no handle, ERROR= %d\n", errno);
             std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));
-            printf("%s\n", name + 1);
+            report("%s\n", name + 1);
         }
     }
 }
@@ -68,32 +89,29 @@ void mutex::waitWithHandle(namedMutex& handle, int timeoutMs) {
     if (!initialised && (&handle == &io || &handle == &mt)) return;
     const int result = timedLock(handle, timeoutMs);
     if (result == 0) return;
-    printf("\n@mutex timeout: ");
+    // Printed without the I/O mutex: it may be the one that failed.
+    char message[160] = "\n@mutex timeout: ";
     if (result == EOWNERDEAD) {
-        printf(" WAIT_ABANDONED");
+        append(message, " WAIT_ABANDONED");
     } else if (result == ETIMEDOUT) {
-        printf(" WAIT_TIMEOUT");
+        append(message, " WAIT_TIMEOUT");
     } else {
-        printf(" WAIT_FAILED ERRORCODE=%d\n", result);
+        append(message, " WAIT_FAILED ERRORCODE=%d\n", result);
         for (int attempt = 1; attempt <= 5; attempt++) {
             const int retry = timedLock(handle, timeoutMs);
             if (retry == 0 || retry == EOWNERDEAD) {
-                printf("OK ");
+                append(message, "OK ");
                 break;
             }
-            printf("X%d ", attempt);
+            append(message, "X%d ", attempt);
         }
     }
-    printf("\n");
+    append(message, "\n");
+    writeInfo(message);
 }
 
 void mutex::releaseWithHandle(namedMutex& handle) {
     if (!initialised && (&handle == &io || &handle == &mt)) return;
     const int result = handle.valid() ? pthread_mutex_unlock(handle.lock()) : EINVAL;
-    if (result != 0) printf("failed to release mutex! ERROR=%d\n", result);
-}
-
-void mutex::printLocked(const char* text) {
-    lockGuard held(io);
-    printf("%s", text);
+    if (result != 0) report("failed to release mutex! ERROR=%d\n", result);
 }

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "parallel/console.h"
 #include "parallel/instance.h"
 #include "parallel/sharedData.h"
 
@@ -25,7 +26,7 @@ int startRoleProcess(int role) {
     char executable[4096];
     const ssize_t length = readlink("/proc/self/exe", executable, sizeof executable - 1);
     if (length <= 0) {
-        printf("CreateProcess failed (%d).\n", errno);
+        printInfo("CreateProcess failed (%d).\n", errno);
         return -1;
     }
     executable[length] = 0;
@@ -35,7 +36,7 @@ int startRoleProcess(int role) {
     pid_t pid;
     const int result = posix_spawn(&pid, executable, nullptr, nullptr, arguments, environ);
     if (result != 0) {
-        printf("CreateProcess failed (%d).\n", result);
+        printInfo("CreateProcess failed (%d).\n", result);
         return -1;
     }
     return pid;

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <thread>
 
+#include "eval/evalWeightsFile.h"
+#include "parallel/console.h"
 #include "parallel/searchProcess.h"
 #include "shell/settingsFile.h"
 
@@ -12,6 +14,7 @@ searchProcess::searchProcess(const char* instance, int number, int processCount,
     nalimovCacheMB = readNalimovCacheSetting(settingsFileName);
     printInvertedScore = readPrintInvertedScoreSetting(settingsFileName);
     readEgtbPathSetting(settingsFileName, egtbPath, sizeof egtbPath);
+    loadEvalWeightsSetting(false);
 
     char name[160];
     auto event = [&](namedEvent& handle, const char* stem, const char* suffix) {
@@ -31,7 +34,7 @@ searchProcess::searchProcess(const char* instance, int number, int processCount,
         event(splitBlockReady[n], "handleSbReady_", suffix);
         objectName(name, sizeof name, "Mutex_SBlock_", instance, suffix);
         if (!objectsExist) {
-            if (!splitBlockMutex[n].create(name)) printf("Create Mutex- no handle, ERROR= %d\n", errno);
+            if (!splitBlockMutex[n].create(name)) printInfo("Create Mutex- no handle, ERROR= %d\n", errno);
             continue;
         }
         while (!splitBlockMutex[n].open(name)) std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));

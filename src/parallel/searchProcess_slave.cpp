@@ -24,6 +24,8 @@ void searchProcess::helpWithBlock(searchtree& tree, sharedData& shared, int b) {
     splitBlock& block = shared.splitBlocks[b];
     namedMutex& lock = splitBlockMutex[b];
 
+    // A tuning run may have moved the weights since the last block.
+    adoptEvalWeights(shared.tunedWeights);
     board node{board::uninitialised{}};
     int depth, alpha, lastMove;
     {

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "parallel/mutex.h"
+#include "parallel/console.h"
 
 int splitBlock::takeMove(namedMutex& lock, int& index) {
     lockGuard held(lock);
@@ -30,11 +30,11 @@ sharedDataMapping::sharedDataMapping(const char* instance, bool openInstead, int
     objectName(name, sizeof name, "sharedData", instance);
     const namedMapping::result result = mapping.createOrOpen(name, sizeof(sharedData), openInstead, retryMs);
     if (result == namedMapping::notCreated) {
-        printf("ERROR! Could not create file mapping object.\n");
+        writeInfo("ERROR! Could not create file mapping object.\n");
         return;
     }
     if (result == namedMapping::notMapped) {
-        printf("ERROR! Could not map view of file.\n");
+        writeInfo("ERROR! Could not map view of file.\n");
         mapping.closeHandle();
         return;
     }
@@ -43,11 +43,11 @@ sharedDataMapping::sharedDataMapping(const char* instance, bool openInstead, int
 
 sharedDataMapping::~sharedDataMapping() {
     if (mapping.view) {
-        mutex::printLocked("unmapping....\n");
+        printInfo("unmapping....\n");
         mapping.unmap();
     }
     if (mapping.handle >= 0) {
-        mutex::printLocked("Getting rid of handle....\n");
+        printInfo("Getting rid of handle....\n");
         mapping.closeHandle();
     }
 }

@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "board/board.h"
+#include "eval/evalWeights.h"
 #include "game/chessclock.h"
 #include "game/timer.h"
 #include "parallel/mutex.h"
@@ -88,6 +89,8 @@ struct sharedData {
     int32_t rootBestScore;
     int32_t rootMoveNumber;
     int32_t rootDepth;       // iteration being searched, as printed
+    int64_t nodeLimit;       // the search stops at this many nodes; 0: no limit
+    int32_t untilStopped;    // an infinite search: its move waits for the front end's stop
 
     // search switches
     int32_t enable_EGTB;
@@ -109,6 +112,7 @@ struct sharedData {
     int32_t runFlag;
     int64_t nodeTotals[2];                   // alphaBeta nodes, quiescence nodes
     int32_t processesReady;                  // role processes that have opened every object
+    publishedEvalWeights tunedWeights;       // the tuner's weights, for the slaves
 };
 
 static_assert(std::is_trivially_copyable_v<sharedData>);

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "parallel/mutex.h"
+#include "parallel/console.h"
 #include "shell/settingsFile.h"
 
 int32_t hashtable::entriesForSize(int sizeMB) {
@@ -30,11 +30,11 @@ void hashtable::setUp(const char* instance, int32_t count, bool openInstead) {
     entryCount = count;
     const namedMapping::result result = mapping.createOrOpen(name, static_cast<size_t>(count) * 16, openInstead);
     if (result == namedMapping::notCreated) {
-        mutex::printLocked("ERROR! Could not create file mapping object sharedHashtable.\n");
+        printInfo("ERROR! Could not create file mapping object sharedHashtable.\n");
         return;
     }
     if (result == namedMapping::notMapped) {
-        mutex::printLocked("ERROR! Could not map view of file sharedHashtable.\n");
+        printInfo("ERROR! Could not map view of file sharedHashtable.\n");
         mapping.closeHandle();
         return;
     }
@@ -54,11 +54,11 @@ hashtable::~hashtable() {
     entries = nullptr;
     ready = false;
     if (mapping.view) {
-        mutex::printLocked("unmapping sharedHashtable....\n");
+        printInfo("unmapping sharedHashtable....\n");
         mapping.unmap();
     }
     if (mapping.handle >= 0) {
-        mutex::printLocked("Getting rid of handle sharedHashtable....\n");
+        printInfo("Getting rid of handle sharedHashtable....\n");
         mapping.closeHandle();
     }
 }

@@ -11,6 +11,9 @@ inline constexpr int timeUpScore = -16300;
 inline constexpr int blockStoppedScore = 16302;
 inline constexpr int stalemateSentinel = 195;
 inline constexpr int checkmateSentinel = 130;
+// Futility pruning one and two plies from the horizon.
+inline constexpr int futilityMargin = 350;
+inline constexpr int futilityMargin2 = 500;
 
 // A child's score that says its search was abandoned (time up, block stopped).
 inline bool isAbort(int score) { return score == -blockStoppedScore || score == -timeUpScore; }
@@ -94,7 +97,13 @@ private:
     int searchRootMovesTogether(const board& root, int depth, int from, int best);
     // Sets the root move being searched, for "stat01" and UCI's currmove.
     void announceRootMove(int i);
-    bool searchStopped() const { return shared->timer1.timeIsUp() || shared->allSearchprocesEnabled == 0; }
+    bool searchStopped() const {
+        return shared->timer1.timeIsUp() || shared->allSearchprocesEnabled == 0 || nodeLimitReached();
+    }
+    bool nodeLimitReached() const {
+        return shared->nodeLimit != 0 &&
+               nodes[0] + nodes[1] + shared->nodeTotals[0] + shared->nodeTotals[1] >= shared->nodeLimit;
+    }
     void reportNodes();
 };
 

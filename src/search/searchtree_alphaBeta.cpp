@@ -32,7 +32,7 @@ int searchtree::searchMove(const board& node, board& child, int move, int depth,
     const bool givesCheck = child.inCheck();
     const int extension = shared->enable_EXTENTIONS && (givesCheck || moveTo(move) == node.recaptureSq);
     if (shared->enable_FUTPRUN && !givesCheck && depth <= 2 &&
-        node.toMove * child.lazy + (depth == 1 ? 350 : 500) < alpha)
+        node.toMove * child.lazy + (depth == 1 ? futilityMargin : futilityMargin2) < alpha)
         return alpha;
     if (first) return -alphaBeta(move, child, depth + extension - 1, -beta, -alpha, sbNum);
 

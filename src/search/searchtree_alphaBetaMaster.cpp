@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "parallel/console.h"
 #include "parallel/mutex.h"
 #include "parallel/searchProcess.h"
 #include "search/moveGenerator.h"
@@ -98,7 +99,7 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
             blockNumber = n;
         }
         if (blockNumber == 0) {
-            mutex::printLocked("WARNING: No splitblock available!\n");
+            printInfo("WARNING: No splitblock available!\n");
             for (int i = 0; i < claimedCount; i++) shared->processState[claimed[i]] = 1;
             return 0;
         }
@@ -178,10 +179,7 @@ void searchtree::waitForSlaves(int blockNumber) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now()).count();
         if (left > 0 && process->splitBlockReady[blockNumber].wait(static_cast<int>(left))) continue;
         if (clock::now() < deadline) continue;
-        {
-            lockGuard io(mutex::io);
-            printf("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
-        }
+        printInfo("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
         lockGuard mt(mutex::mt);
         shared->processState[processSlot] = 2;
         shared->waitingForBlock[processSlot] = 0;
@@ -227,7 +225,7 @@ int searchtree::alphaBetaMaster(int blockNumber, int lastMove, board& node, int 
 
     if (searchStopped()) return timeUpScore;
     if (sbNum != 0 && shared->splitBlocks[sbNum].stop) return blockStoppedScore;
-    if (failedHigh && researchCount == 0) mutex::printLocked("ERROR: No move to research after beta-cutoff\n");
+    if (failedHigh && researchCount == 0) printInfo("ERROR: No move to research after beta-cutoff\n");
     for (int i = 0; i < researchCount; i++) {
         const int move = researches[i];
         board child = node;

@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "parallel/console.h"
 #include "parallel/mutex.h"
 #include "search/searchtree.h"
 
@@ -12,12 +13,6 @@ template <class... values>
 void append(char* out, int size, const char* format, values... v) {
     const int length = static_cast<int>(strlen(out));
     if (length < size - 1) snprintf(out + length, size - length, format, v...);
-}
-
-template <class... values>
-void printLocked(const char* format, values... v) {
-    lockGuard held(mutex::io);
-    printf(format, v...);
 }
 
 }  // namespace
@@ -38,8 +33,8 @@ void searchtree::announceRootMove(int i) {
     shared->rootMoveNumber = i + 1;
     if (shared->outputMode != 1 && shared->postFlag && shared->timer1.getTimePassedBy() > 1000) {
         char text[10];
-        moveToText(rootList.moves[i], text);
-        printLocked("currmovenumber %d currmove %s\n", i + 1, text);
+        moveToText(rootList.moves[i], text, true);
+        printLine("info currmovenumber %d currmove %s\n", i + 1, text);
     }
 }
 
@@ -48,7 +43,7 @@ void searchtree::printThinking(const board& position, int firstMove, char* out, 
     for (int move = firstMove, count = 0; move != 0 && count < 64; count++) {
         if (isRepetition(b)) break;
         char text[10];
-        moveToText(move, text);
+        moveToText(move, text, shared->outputMode == 2);
         append(out, size, "%s ", text);
         b.makeMove(move);
         move = static_cast<uint16_t>(table->probeBestMove(b.boardKey));
@@ -71,7 +66,7 @@ void searchtree::printThinkingLine(const board& position, int depthShown, int sc
     else
         append(line, sizeof line, " %d  %d  %lld  %lld ", depthShown, score, t, n);
     printThinking(position, firstMove, line, sizeof line);
-    mutex::printLocked(line);
+    printLine("%s", line);
 }
 
 int searchtree::rootSearch(const board& position) {
@@ -97,6 +92,7 @@ int searchtree::rootSearch(const board& position) {
     if (rootMoveCount == 0) return root.inCheck() ? checkmateSentinel : stalemateSentinel;
     if (rootMoveCount == 1) return rootList.moves[0];
 
+    const bool uci = shared->outputMode != 1;
     const bool post = shared->postFlag != 0;
     int previous = root.evaluate(-16000, 16000);
     int bestMove = rootList.moves[0];
@@ -128,7 +124,7 @@ int searchtree::rootSearch(const board& position) {
         movesSearched = 1;
         shared->rootBestScore = score;
         if (score == mateScore) {
-            if (post) mutex::printLocked(" winning move, break!\n");
+            if (post) printInfo(" winning move, break!\n");
             break;
         }
         rootList.setScore(0, score);
@@ -169,30 +165,34 @@ int searchtree::rootSearch(const board& position) {
 
         if (searchStopped() || best == mateScore) break;
         if (best == -mateScore) {
-            if (post) printLocked(" depth=%d all losing moves, break!\n", d + 1);
+            if (post) printInfo(" depth=%d all losing moves, break!\n", d + 1);
             break;
         }
         shared->killers.resetKillers();
         if (d >= shared->maxDepth) break;
     }
 
-    lockGuard io(mutex::io);
+    // The statistics are not part of either protocol: info strings under UCI.
+    char statistics[600] = "";
     if (post) {
         if (onlyFirstMove) {
-            printf(" depth=%d only first move examined\n", d + 1);
+            append(statistics, sizeof statistics, " depth=%d only first move examined\n", d + 1);
         } else {
-            printf(" depth=%d\n moves searched=%d", d + 1, movesSearched);
-            printf("pShared->allSearchprocesEnabled=%d\n", shared->allSearchprocesEnabled);
-            printf("pShared->timer1.timeIsUp()=%d\n", shared->timer1.timeIsUp() ? 1 : 0);
+            append(statistics, sizeof statistics, " depth=%d\n moves searched=%d", d + 1, movesSearched);
+            append(statistics, sizeof statistics, "pShared->allSearchprocesEnabled=%d\n", shared->allSearchprocesEnabled);
+            append(statistics, sizeof statistics, "pShared->timer1.timeIsUp()=%d\n", shared->timer1.timeIsUp() ? 1 : 0);
         }
     }
     reportNodes();
     const long long total = shared->nodeTotals[0] + shared->nodeTotals[1];
     const int elapsed = shared->timer1.getTimePassedBy();
     char text[10];
-    moveToText(bestMove, text);
-    printf(" Nodes=%lld\n", total);
-    if (elapsed > 0) printf(" average speed= %lld.kNPS  total time elapsed= %d\n", total / elapsed, elapsed);
-    printf(" foundmove=%s\n\n", text);
+    moveToText(bestMove, text, uci);
+    append(statistics, sizeof statistics, " Nodes=%lld\n", total);
+    if (elapsed > 0)
+        append(statistics, sizeof statistics, " average speed= %lld.kNPS  total time elapsed= %d\n", total / elapsed,
+               elapsed);
+    append(statistics, sizeof statistics, " foundmove=%s\n\n", text);
+    printInfo("%s", statistics);
     return bestMove;
 }

@@ -1,8 +1,13 @@
 #include "shell/settingsFile.h"
 
+#include <algorithm>
 #include <cctype>
 #include <climits>
 #include <cstdlib>
+#include <strings.h>
+
+#include "parallel/console.h"
+#include "parallel/sharedData.h"
 
 const char* settingsValue(const char* piece, const char* key) {
     const std::size_t keyLength = std::strlen(key);
@@ -44,22 +49,22 @@ void readPieceValueSettings(const char* fileName, pieceValueSettings& values) {
         const char* value;
         if ((value = settingsValue(piece, "pref:printToScreen=")) != nullptr) {
             echo = settingsInt(value) != 0;
-            if (echo) printf("Read settings:\n");
+            if (echo) printInfo("Read settings:\n");
         } else if ((value = settingsValue(piece, "pref:VALPAWN=")) != nullptr) {
             values.pawn = settingsDouble(value);
-            if (echo) printf("   VALPAWN:  %d\n", values.pawn);
+            if (echo) printInfo("   VALPAWN:  %d\n", values.pawn);
         } else if ((value = settingsValue(piece, "pref:VALKNIGHT=")) != nullptr) {
             values.knight = settingsDouble(value);
-            if (echo) printf("   VALKNIGHT:%d\n", values.knight);
+            if (echo) printInfo("   VALKNIGHT:%d\n", values.knight);
         } else if ((value = settingsValue(piece, "pref:VALBISHOP=")) != nullptr) {
             values.bishop = settingsDouble(value);
-            if (echo) printf("   VALBISHOP:%d\n", values.bishop);
+            if (echo) printInfo("   VALBISHOP:%d\n", values.bishop);
         } else if ((value = settingsValue(piece, "pref:VALROOK=")) != nullptr) {
             values.rook = settingsDouble(value);
-            if (echo) printf("   VALROOK:  %d\n", values.rook);
+            if (echo) printInfo("   VALROOK:  %d\n", values.rook);
         } else if ((value = settingsValue(piece, "pref:VALQUEEN=")) != nullptr) {
             values.queen = settingsDouble(value);
-            if (echo) printf("   VALQUEEN: %d\n", values.queen);
+            if (echo) printInfo("   VALQUEEN: %d\n", values.queen);
         }
     });
 }
@@ -109,8 +114,17 @@ void readEgtbPathSetting(const char* fileName, char* path, std::size_t size) {
     });
 }
 
+bool readWeightsFileSetting(const char* fileName, char* path, std::size_t size) {
+    copyUpToLineEnd(path, size, "");
+    readSettingsLines(fileName, [&](const char* piece) {
+        if (const char* value = settingsValue(piece, "pref:weights-file=")) copyUpToLineEnd(path, size, value);
+    });
+    return path[0] != '\0';
+}
+
 // At most 50 characters, cut right after the first ".ctg" that starts within
-// the first 45; the cut is what drops the line end. Other text stays as read.
+// the first 45; the cut is what drops the line end. A Polyglot book's path,
+// ending in ".bin", is taken up to the line end; other text stays as read.
 static void takeBookPath(char (&bookPath)[bookPathMaxLength + 1], const char* text) {
     std::size_t length = 0;
     while (length < bookPathMaxLength && text[length] != '\0') {
@@ -119,7 +133,12 @@ static void takeBookPath(char (&bookPath)[bookPathMaxLength + 1], const char* te
     }
     bookPath[length] = '\0';
     char* extension = std::strstr(bookPath, ".ctg");
-    if (extension != nullptr && extension - bookPath < 45) extension[4] = '\0';
+    if (extension != nullptr && extension - bookPath < 45) {
+        extension[4] = '\0';
+        return;
+    }
+    const std::size_t lineLength = std::strcspn(bookPath, "\n");
+    if (lineLength >= 4 && strncasecmp(bookPath + lineLength - 4, ".bin", 4) == 0) bookPath[lineLength] = '\0';
 }
 
 void readGameSettings(const char* fileName, gameSettings& settings) {
@@ -143,37 +162,41 @@ void readGameSettings(const char* fileName, gameSettings& settings) {
         const char* value;
         if ((value = settingsValue(piece, "pref:printToScreen=")) != nullptr) {
             echo = settingsInt(value) != 0;
-            if (echo) printf("Read settings:\n");
+            if (echo) printInfo("Read settings:\n");
             return;
         }
         if ((value = settingsValue(piece, "pref:book-path=")) != nullptr) {
             takeBookPath(settings.bookPath, value);
-            if (echo) printf("   Set bookpath:      %s", value);
+            if (echo) printInfo("   Set bookpath:      %s", value);
             return;
         }
         if ((value = settingsValue(piece, "pref:BookBestMoveOnly=")) != nullptr) {
             const int mode = settingsInt(value);
             settings.bookBestMoveOnly = mode < 0 ? 0 : (mode > 1 ? 1 : mode);
-            if (echo) printf("   BookBestMoveOnly:    %d\n", mode);
+            if (echo) printInfo("   BookBestMoveOnly:    %d\n", mode);
             return;
         }
         if ((value = settingsValue(piece, "pref:MAXPROCESSES=")) != nullptr) {
+            // The shared record holds the state of maxProcesses processes, no more.
             const long long count = static_cast<long long>(settingsInt(value)) + 1;
-            settings.processCount = count < 1 ? 1 : clampToInt(count);
-            if (echo && settings.processCount == 1) printf("   MULTIPROCESSING: DISABLED\n");
+            settings.processCount = static_cast<int>(std::clamp<long long>(count, 1, maxProcesses));
+            if (echo && settings.processCount == 1) printInfo("   MULTIPROCESSING: DISABLED\n");
+            return;
+        }
+        if ((value = settingsValue(piece, "pref:moveOverhead=")) != nullptr) {
+            settings.moveOverheadMs = std::max(0, settingsInt(value));
+            if (echo) printInfo("   moveOverhead:      %d\n", settings.moveOverheadMs);
             return;
         }
         for (const flagKey& flag : flagKeys) {
             if ((value = settingsValue(piece, flag.key)) != nullptr) {
                 settings.*flag.flag = settingsInt(value);
-                if (echo) printf(flag.echoFormat, settings.*flag.flag);
+                if (echo) printInfo(flag.echoFormat, settings.*flag.flag);
                 return;
             }
         }
     });
-    printf("Using %d processor", settings.processCount - 1);
-    if (settings.processCount > 2) printf("s");
-    printf("\n");
+    printInfo("Using %d processor%s\n", settings.processCount - 1, settings.processCount > 2 ? "s" : "");
 }
 
 static int checkValue(char firstCharacter) { return firstCharacter == 't' ? 1 : 0; }

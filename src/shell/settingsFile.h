@@ -68,6 +68,10 @@ int readPrintInvertedScoreSetting(const char* fileName);  // default 0
 // characters; default "d:\chess\egtb4\".
 void readEgtbPathSetting(const char* fileName, char* path, std::size_t size);
 
+// "pref:weights-file=": the value up to the line end, cut to size - 1
+// characters. False when the key is absent or empty.
+bool readWeightsFileSetting(const char* fileName, char* path, std::size_t size);
+
 inline constexpr std::size_t bookPathMaxLength = 50;
 
 struct gameSettings {
@@ -80,7 +84,8 @@ struct gameSettings {
     int enableFUTPRUN = 1;
     int enableBOOK = 1;
     int enableEXTENTIONS = 1;
-    int processCount = 1;  // search process plus slaves
+    int processCount = 1;  // search process plus slaves, at most maxProcesses
+    int moveOverheadMs = 50;  // kept back from every time budget for the way to the front end
 };
 
 // The game constructor's keys, echoed in file order once echoing is on. Always

@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "game/game.h"
+#include "parallel/console.h"
 #include "parallel/instance.h"
 #include "shell/protocols.h"
 #include "shell/settingsFile.h"
@@ -114,33 +116,59 @@ const char* goParameter(const char* line, const char* name) {
     return nullptr;
 }
 
-int goValue(const char* line, const char* name) {
+long long goValue(const char* line, const char* name) {
     const char* value = goParameter(line, name);
-    return value ? atoi(value) : 0;
+    return value ? atoll(value) : 0;
 }
 
 bool goFlag(const char* line, const char* name) { return goParameter(line, name) != nullptr; }
 
+// Set by a "position" that was refused: the next "go" searches nothing.
+bool positionRefused = false;
+
+// Every limit a "go" names holds, alone or together with a clock: a time
+// (movetime, the clock), a depth, a node count, a mate distance; infinite
+// waits for "stop" whatever the search finds.
 void go(game& g, const char* line) {
-    const int depth = goValue(line, "depth ");
-    if (depth) g.shared->maxDepth = depth;
+    sharedData& shared = *g.shared;
+    if (positionRefused) {
+        printInfo("Illegal position: no search\n");
+        printLine("bestmove 0000\n");
+        return;
+    }
+    const bool white = g.position.toMove == 1;
+    const bool infinite = goFlag(line, "infinite");
+    const int movetime = static_cast<int>(goValue(line, "movetime "));
+    const bool clockGiven = goFlag(line, white ? "wtime " : "btime ");
+    const int depth = static_cast<int>(goValue(line, "depth "));
+    const int mate = static_cast<int>(goValue(line, "mate "));
+    const long long nodes = goValue(line, "nodes ");
+    // The clock first: every setClock puts the depth limit back to 35.
+    if (infinite) {
+        g.setClock(0, 0, 99999999);
+        g.resetHash();
+    } else if (movetime > 0) {
+        g.setClock(0, 0, movetime);
+    } else if (clockGiven || goFlag(line, "movestogo ") || goFlag(line, white ? "winc " : "binc ")) {
+        g.setClock(static_cast<int>(goValue(line, "movestogo ")), static_cast<int>(goValue(line, white ? "wtime " : "btime ")),
+                   static_cast<int>(goValue(line, white ? "winc " : "binc ")));
+    } else if (depth > 0 || mate > 0 || nodes > 0) {
+        g.setClock(0, 0, 99999999);  // no time named: only the named limit ends the search
+    }
+    // The times bound every budget, a movetime's too, and update the clock for a ponder hit.
+    if (!infinite && goFlag(line, "wtime ")) g.setTimeWhite(static_cast<int>(goValue(line, "wtime ")));
+    if (!infinite && goFlag(line, "btime ")) g.setTimeBlack(static_cast<int>(goValue(line, "btime ")));
+    // Depth N ends with iteration N. A mate in N is 2N - 1 plies, and the
+    // search sees it one ply later, where the side mated has no move: at
+    // most 2N iterations; the search stops by itself once it has a mate.
+    if (depth > 0) shared.maxDepth = depth - 1;
+    if (mate > 0) shared.maxDepth = std::min(shared.maxDepth, 2 * mate - 1);
+    shared.nodeLimit = nodes > 0 ? nodes : 0;
+    shared.untilStopped = infinite;
     if (goFlag(line, "ponder")) {
         g.setPonderingActive();
         g.startPondering();
         return;
-    }
-    const int movetime = goValue(line, "movetime ");
-    if (goFlag(line, "infinite")) {
-        g.setClock(0, 0, 99999999);
-        g.resetHash();
-    } else if (movetime) {
-        g.setClock(0, 0, movetime);
-    } else {
-        const bool white = g.position.toMove == 1;
-        g.setClock(goValue(line, "movestogo "), goValue(line, white ? "wtime " : "btime "),
-                   goValue(line, white ? "winc " : "binc "));
-        g.setTimeWhite(goValue(line, "wtime "));
-        g.setTimeBlack(goValue(line, "btime "));
     }
     g.engineActive = 1;
     g.associateEngineWithSide(g.position.toMove);
@@ -151,8 +179,11 @@ void setPosition(game& g, const char* line) {
     g.engineActive = 0;
     g.stopClock();
     g.stopPondering();
+    bool accepted = true;
     if (startsWith(line, "position startpos")) g.setupStartPosition();
-    else if (startsWith(line, "position fen ")) g.setupPosition(line + 13);
+    else if (startsWith(line, "position fen ")) accepted = g.setupPosition(line + 13);
+    positionRefused = !accepted;
+    if (!accepted) return;
     const char* m = strchr(line, 'm');
     if (m == nullptr || !startsWith(m, "moves ")) return;
     for (const char* p = m + 6; *p;) {
@@ -175,11 +206,12 @@ int runUci() {
         ended = fgets(line, sizeof line, stdin) == nullptr;
     }
     writeSettingsFile(settingsFileName, engineName, values);
+    setUciOutput();  // before the other processes start: they print too
     game g(instanceName());
     g.shared->outputMode = 2;
     g.setClock(0, 0, 5000);
     while (!ended && !startsWith(line, "quit")) {
-        if (startsWith(line, "isready")) printf("readyok\n");
+        if (startsWith(line, "isready")) printLine("readyok\n");
         else if (startsWith(line, "ucinewgame")) {
             g.engineActive = 0;
             g.stopClock();
@@ -192,7 +224,7 @@ int runUci() {
             g.thinkAndMakeBestMove();
         } else if (startsWith(line, "setoption name ")) changeOption(g, line + 15);
         else if (startsWith(line, "go")) go(g, line);
-        ended = fgets(line, sizeof line, stdin) == nullptr;
+        ended = !readCommandLine(g, line);
     }
     g.stopPondering();
     return 0;

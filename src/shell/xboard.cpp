@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "game/game.h"
+#include "parallel/console.h"
 #include "parallel/instance.h"
 #include "shell/protocols.h"
 
@@ -23,18 +24,14 @@ void setLevel(game& g, const char* line) {
     }
     // A fractional increment ("0.1") is kept, not cut to whole seconds.
     const int incrementMs = p ? static_cast<int>(strtod(p, nullptr) * 1000) : 0;
-    printf("moves=%d starttime=%d inc=%d\n", moves, baseMs, incrementMs);
+    printLine("moves=%d starttime=%d inc=%d\n", moves, baseMs, incrementMs);
     g.setClock(moves, baseMs, incrementMs);
 }
 
 void printFeatures() {
-    printf("feature myname=\"%s\"\n", engineName);
-    printf("feature sigint=0\n");
-    printf("feature sigterm=0\n");
-    printf("feature variants=normal\n");
-    printf("feature ping=1\n");
-    printf("feature setboard=1\n");
-    printf("feature done=1\n");
+    printLine("feature myname=\"%s\"\nfeature sigint=0\nfeature sigterm=0\nfeature variants=normal\n"
+              "feature ping=1\nfeature setboard=1\nfeature done=1\n",
+              engineName);
 }
 
 void dispatch(game& g, const char* line, bool& analyze) {
@@ -50,12 +47,19 @@ void dispatch(game& g, const char* line, bool& analyze) {
         g.benchSpeed(atoi(line + 6));
     } else if (startsWith(line, "accepted") || startsWith(line, "rejected") || startsWith(line, "random")) {
     } else if (startsWith(line, "result")) g.stopPondering();
-    else if (startsWith(line, "analyze")) {
+    else if (startsWith(line, "remove")) {
+        // xboard's Retract Move: two plies back, the same side to play.
+        g.stopPondering();
+        g.stopClock();
+        g.undoMove();
+        g.undoMove();
+        if (analyze) g.startPondering();
+    } else if (startsWith(line, "analyze")) {
         analyze = true;
         g.engineActive = 0;
         g.stopClock();
         g.setPonderingActive();
-        g.startPonderingCurrentPosition();
+        g.startPondering();  // the position on the board, not the one after a guessed move
     } else if (startsWith(line, "exit")) {
         g.stopPondering();
         analyze = false;
@@ -66,7 +70,7 @@ void dispatch(game& g, const char* line, bool& analyze) {
         g.stopClock();
         g.stopPondering();
         g.undoMove();
-        if (analyze) g.startPonderingCurrentPosition();
+        if (analyze) g.startPondering();
     } else if (startsWith(line, "post")) shared.postFlag = 1;
     else if (startsWith(line, "nopost")) shared.postFlag = 0;
     else if (startsWith(line, "hint")) g.giveHint();
@@ -83,6 +87,7 @@ void dispatch(game& g, const char* line, bool& analyze) {
         g.stopClock();
     } else if (startsWith(line, "playothe")) g.playOther();
     else if (startsWith(line, "new")) {
+        g.stopPondering();  // the old game's move must not land on the new board
         g.setupStartPosition();
         g.engineActive = 1;
         g.associateEngineWithSide(-1);
@@ -92,10 +97,10 @@ void dispatch(game& g, const char* line, bool& analyze) {
         g.associateEngineWithSide(g.position.toMove);
         g.thinkAndMakeBestMove();
     } else if (startsWith(line, "auto")) g.autoPlay();
-    else if (startsWith(line, "ping")) printf("pong %d\n", strlen(line) > 5 ? atoi(line + 5) : 0);
+    else if (startsWith(line, "ping")) printLine("pong %d\n", strlen(line) > 5 ? atoi(line + 5) : 0);
     else if (startsWith(line, "sd ")) shared.maxDepth = atoi(line + 3);
-    else if (startsWith(line, "time")) clock.remaining[clock.enginePlaysWhite ? 1 : 0] = atoi(line + 4) * 10;
-    else if (startsWith(line, "otim")) clock.remaining[clock.enginePlaysBlack ? 1 : 0] = atoi(line + 4) * 10;
+    else if (startsWith(line, "time")) clock.setTime(clock.enginePlaysWhite ? 1 : 0, atoi(line + 4) * 10);
+    else if (startsWith(line, "otim")) clock.setTime(clock.enginePlaysBlack ? 1 : 0, atoi(line + 4) * 10);
     else if (startsWith(line, "st ")) g.setClock(0, 0, atoi(line + 3) * 1000);
     else if (startsWith(line, "?")) g.moveNow();
     else if (startsWith(line, "bench ")) {
@@ -109,9 +114,9 @@ void dispatch(game& g, const char* line, bool& analyze) {
     else if (startsWith(line, "level")) setLevel(g, line);
     else if (line[0] >= 'a' && line[0] <= 'h' && line[1] >= '1' && line[1] <= '8') {
         if (g.makeMove(line) && g.engineActive) g.thinkAndMakeBestMove();
-        if (analyze) g.startPonderingCurrentPosition();
+        if (analyze) g.startPondering();
     } else {
-        printf("Error: (unknown command):%s\n", line);
+        printLine("Error: (unknown command):%s\n", line);
     }
 }
 
@@ -125,7 +130,7 @@ int runXboard(char* line) {
     while (!startsWith(line, "quit")) {
         dispatch(g, line, analyze);
         // End of input ends the engine as "quit" would.
-        if (fgets(line, lineBufferSize, stdin) == nullptr) break;
+        if (!readCommandLine(g, line)) break;
         g.takeOverPendingMove();
     }
     g.engineActive = 0;

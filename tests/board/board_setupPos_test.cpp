@@ -48,6 +48,12 @@ TEST(SetupPosition, CastlingFieldIsReadInFixedOrder) {
     EXPECT_EQ(b.enPassant, 0);
     EXPECT_EQ(b.fiftyMoves, 0);
     EXPECT_EQ(b.ply, 0);
+    // A right whose king or rook is off its square is dropped.
+    const struct { const char* fen; int castle; } dropped[] = {
+        {"4k3/8/8/8/8/8/8/4K3 w KQkq - 0 1", 0},   {"r3k2r/8/8/8/8/8/8/R4K1R w KQkq - 0 1", 12},
+        {"r3k3/8/8/8/8/8/8/R3K1R1 w KQkq - 0 1", 10}, {"1r2k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1", 7},
+    };
+    for (const auto& c : dropped) EXPECT_EQ(boardFrom(c.fen).castle, c.castle) << c.fen;
 }
 
 TEST(SetupPosition, EnPassantSquareArithmetic) {
@@ -94,6 +100,7 @@ TEST(SetupPosition, KeyFromScratchFollowsItsParts) {
     const zorbicKeyset& z = board::zKeyset;
     board b = boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
     EXPECT_EQ(b.boardKey, z.keys[5 * 128 + 64 + 3] ^ z.keys[5 * 128 + 0 + 59]);
-    board black = boardFrom("4k3/8/8/8/8/8/8/4K3 b Kq - 0 1");
-    EXPECT_EQ(black.boardKey, b.boardKey ^ z.keys[896] ^ z.keys[897 + 9]);
+    board white = boardFrom("r3k3/8/8/8/8/8/8/4K2R w - - 0 1");
+    board black = boardFrom("r3k3/8/8/8/8/8/8/4K2R b Kq - 0 1");
+    EXPECT_EQ(black.boardKey, white.boardKey ^ z.keys[896] ^ z.keys[897 + 9]);
 }

@@ -320,3 +320,27 @@ TEST_F(Eval, BrokenPositionsReadNothingOutOfBounds) {
         }
     }
 }
+
+TEST_F(EvalCache, ScoresCachedUnderOtherWeightsAreNeverReturned) {
+    EXPECT_EQ(evalWeightsKey, 0u);  // the built-in weights use the position keys themselves
+    board::evalCache = cache.get();
+    board b = boardFrom(kingAndPawn);
+    EXPECT_EQ(b.evaluate(-32000, 32000), 64);
+    setEvalWeight(11, -20);  // isolated pawn
+    EXPECT_EQ(b.evaluate(-32000, 32000), 64 - 19);
+    resetEvalWeights();
+    EXPECT_EQ(evalWeightsKey, 0u);
+    EXPECT_EQ(b.evaluate(-32000, 32000), 64);
+    EXPECT_EQ(cache->probe(b.boardKey), 64);
+
+    // A slave takes another process's published weights over once per generation.
+    publishedEvalWeights published{};
+    published.generation = 7;
+    std::copy(defaultEvalWeights.begin(), defaultEvalWeights.end(), published.values);
+    published.values[11] = -20;
+    adoptEvalWeights(published);
+    EXPECT_EQ(isolatedPawnPenalty, -20);
+    resetEvalWeights();
+    adoptEvalWeights(published);
+    EXPECT_EQ(isolatedPawnPenalty, -1);
+}

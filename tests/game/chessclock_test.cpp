@@ -116,3 +116,37 @@ TEST(ChessClockMoves, StartChargeAndStopTouchOnlyTheRunningSide) {
     EXPECT_EQ(c.runningClock, chessclock::stopped);
     EXPECT_EQ(times(c), "299100/17 297500/39");
 }
+
+TEST(ChessClockAllocation, TheBudgetIsWhatTheClockCanPay) {
+    // moves, base, increment, the engine's time as reported (-1: none), budget with 50 ms overhead
+    const struct { int moves, base, increment, reportedMs, budget; } cases[] = {
+        {0, 0, 5000, -1, 4850},          // st 5: the formula fits
+        {40, 300000, 0, -1, 7350},       // level 40 5 0
+        {0, 120000, 12000, 3000, 2850},  // the formula fits the clock
+        {0, 0, 100, -1, 50},             // movetime 100: the margin would leave -50
+        {0, 2000, 50, -1, 116},          // 2 s + 0.05 s: a 30th plus the increment, not -34
+        {0, 2000, 50, 60, 10},           // and as the flag nears, what is left less the overhead
+        {0, 2000, 50, 30, 15},           // below the overhead: half of what is left
+        {0, 2000, 50, -400, 1},          // flagged already: never zero or below
+        {0, 0, 5000, 3000, 2950},        // movestogo with increment keeps the old control, the clock bounds it
+        {0, 0, 99999999, -1, 99999999 - 150},  // infinite
+    };
+    for (const auto& c : cases) {
+        chessclock clock = freshClock();
+        clock.setClock(0, 0, 5000, 0);
+        clock.setClock(c.moves, c.base, c.increment, 10);
+        if (c.reportedMs != -1) clock.setTimeBlack(c.reportedMs);
+        EXPECT_EQ(clock.moveBudget(50), c.budget) << c.moves << " " << c.base << " " << c.increment << " " << c.reportedMs;
+    }
+    // A new control forgets the reported times; moves with an increment is no new control.
+    chessclock clock = freshClock();
+    clock.setClock(0, 0, 5000, 0);
+    clock.setTimeBlack(3000);
+    clock.setClock(20, 3000, 1000, 0);
+    EXPECT_EQ(clock.moveBudget(50), 2950);
+    clock.setClock(0, 0, 5000, 0);
+    EXPECT_EQ(clock.moveBudget(50), 4850);
+    EXPECT_EQ(clock.moveBudget(0), 4850);
+    clock.setTimeBlack(4000);
+    EXPECT_EQ(clock.moveBudget(0), 4000);
+}

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -105,18 +106,32 @@ TEST_F(settingsFileTest, echoFollowsPrintToScreenInFileOrderAndShowsValuesAsRead
               "1 1 3 2 0 0 0 0 1 [b.ctg] 101 301 302 450 905" + otherDefaults);
 }
 
-TEST_F(settingsFileTest, processCountIsMaxProcessesPlusOneAndBookPathIsCutAfterAnEarlyCtg) {
+TEST_F(settingsFileTest, processCountIsMaxProcessesPlusOneAndBookPathIsCutAfterAnEarlyCtgOrItsLineEnd) {
     const std::string a44(44, 'a'), a45(45, 'a');
     const struct { const char* maxProcesses; std::string book, expected; } cases[] = {
         {"-5", "books\\main.ctg\n", "Using 0 processor\n1 0 1 1 1 1 1 1 1 [books\\main.ctg]"},
         {"1", "plainbook\n", "Using 1 processor\n1 0 1 1 1 1 1 1 2 [plainbook\n]"},
         {"2", a44 + ".ctgzzzz\n", "Using 2 processors\n1 0 1 1 1 1 1 1 3 [" + a44 + ".ctg]"},
-        {"2147483647", a45 + ".ctgzzzz\n",  // too late to cut: 50 characters taken
-         "Using 2147483646 processors\n1 0 1 1 1 1 1 1 2147483647 [" + a45 + ".ctgz]"},
+        {"2147483647", a45 + ".ctgzzzz\n",  // too late to cut: 50 characters taken; no more processes than the record holds
+         "Using 9 processors\n1 0 1 1 1 1 1 1 10 [" + a45 + ".ctgz]"},
+        // a Polyglot book's path loses only its line end
+        {"0", "/usr/share/games/gnuchess/book.bin\n", "Using 0 processor\n1 0 1 1 1 1 1 1 1 [/usr/share/games/gnuchess/book.bin]"},
+        {"0", "my.BIN (x)\n", "Using 0 processor\n1 0 1 1 1 1 1 1 1 [my.BIN (x)\n]"},
     };
     for (const auto& c : cases) {
         write(std::string("pref:MAXPROCESSES=") + c.maxProcesses + "\npref:book-path=" + c.book);
         EXPECT_EQ(readAll(), c.expected + " 100 300 300 500 900" + otherDefaults);
+    }
+}
+
+TEST_F(settingsFileTest, moveOverheadIsReadAndNeverNegative) {
+    for (const auto& [text, overhead] : {std::pair{"", 50}, {"pref:moveOverhead=120\n", 120}, {"pref:moveOverhead=-5\n", 0}}) {
+        write(text);
+        gameSettings g;
+        testing::internal::CaptureStdout();
+        readGameSettings(file, g);
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(g.moveOverheadMs, overhead) << text;
     }
 }
 

@@ -96,7 +96,84 @@ TEST_F(UciSession, GoStopPonderAndPonderhit) {
 TEST_F(UciSession, PositionMovesStopAtTheFirstBadMove) {
     start();
     engine->send("uci\nisready\n");
-    expectReply("position startpos moves e2e4 e7e5 e1e3 g1f3\n", "Error (ambiguous move): e1e3 g1f3\n\n");
+    expectReply("position startpos moves e2e4 e7e5 e1e3 g1f3\n", "info string Error (ambiguous move): e1e3 g1f3\n");
     engine->closeInput();
     EXPECT_EQ(engine->exitStatus(), 0);
+}
+
+namespace {
+
+// After "uciok" a UCI front end may see nothing but UCI lines.
+void expectOnlyUciLines(const std::string& output) {
+    const size_t from = output.find("uciok\n");
+    ASSERT_NE(from, std::string::npos);
+    std::istringstream lines(output.substr(from));
+    for (std::string line; std::getline(lines, line);) {
+        const bool uci = line == "uciok" || line == "readyok" || line.rfind("info ", 0) == 0 ||
+                         line.rfind("bestmove ", 0) == 0;
+        EXPECT_TRUE(uci) << "not a UCI line: [" << line << "]";
+    }
+}
+
+// The text between the last "go" sent and the bestmove that answers it.
+std::string lastSearch(const std::string& output) {
+    const size_t from = output.rfind("start thinkAndMakeBestMove");
+    return from == std::string::npos ? "" : output.substr(from);
+}
+
+}  // namespace
+
+TEST_F(UciSession, EveryNamedLimitHoldsAloneAndWithAClock) {
+    start();
+    engine->send("uci\nsetoption name OwnBook value false\nisready\n");
+    ASSERT_TRUE(engine->waitFor("readyok\n"));
+    expectReply("position startpos\ngo depth 3\n", "bestmove ");
+    EXPECT_NE(lastSearch(engine->output).find("info depth 3 "), std::string::npos);
+    EXPECT_EQ(lastSearch(engine->output).find("info depth 4 "), std::string::npos);
+    expectReply("go depth 2 wtime 600000 btime 600000\n", "bestmove ");
+    EXPECT_EQ(lastSearch(engine->output).find("info depth 3 "), std::string::npos);
+    // A node limit stops the search within a few nodes of it.
+    expectReply("go nodes 20000\n", "bestmove ", 20000);
+    const std::string search = lastSearch(engine->output);
+    const size_t at = search.find("Nodes=");
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_LE(std::stoll(search.substr(at + 6)), 20500);
+    // Mate in one: found and played, no deeper than two plies.
+    expectReply("position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1\ngo mate 1\n", "bestmove a1a8\n");
+    EXPECT_EQ(lastSearch(engine->output).find("info depth 3 "), std::string::npos);
+    expectReply("position fen 7k/8/8/8/8/8/8/K7 w - - 0 1\ngo mate 2\n", "bestmove ");  // none: four plies at most
+    EXPECT_NE(lastSearch(engine->output).find("info depth 4 "), std::string::npos);
+    EXPECT_EQ(lastSearch(engine->output).find("info depth 5 "), std::string::npos);
+    // Times the clock can pay: a movetime below the margin, a control kept with an increment.
+    // (The control kept is the 5000 ms a move the UCI loop starts with.)
+    expectReply("position startpos\ngo wtime 3000 btime 3000 movestogo 20 winc 1000 binc 1000\n", "time next move: 2950 ms");
+    ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
+    expectReply("go movetime 100\n", "time next move: 50 ms");
+    ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
+    expectReply("quit\n", "Getting rid of handle");
+    EXPECT_EQ(engine->exitStatus(), 0);
+    expectOnlyUciLines(engine->output);
+}
+
+TEST_F(UciSession, InfiniteWaitsForStopPromotionsAndPonderMovesAsUciWritesThem) {
+    start();
+    engine->send("uci\nsetoption name Ponder value true\nisready\n");
+    ASSERT_TRUE(engine->waitFor("readyok\n"));
+    // A mate in one ends the search at once, but the move waits for "stop".
+    engine->send("position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1\ngo infinite\n");
+    ASSERT_TRUE(engine->waitFor("foundmove=a1a8", 10000));
+    EXPECT_FALSE(engine->waitFor("bestmove", 700, engine->output.find("foundmove=a1a8")));
+    // After the mate there is nothing to ponder on: no ponder part.
+    expectReply("stop\n", "bestmove a1a8\n", 3000);
+    // Promotions in lower case, in the thinking lines too.
+    expectReply("position fen 7k/P7/8/8/8/8/8/K7 w - - 0 1\ngo depth 4\n", "bestmove a7a8q");
+    EXPECT_NE(lastSearch(engine->output).find(" pv a7a8q"), std::string::npos);
+    // A refused position is reported, and "go" searches nothing.
+    expectReply("position fen 8/8/8/8/8/8/8/8 w - - 0 1\n", "info string Illegal position\n");
+    expectReply("go depth 3\n", "bestmove 0000\n");
+    // The game-end line of a position reached is an info string.
+    expectReply("position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1 moves a1a8\n", "info string 1-0 {white mates}\n");
+    expectReply("quit\n", "Getting rid of handle");
+    EXPECT_EQ(engine->exitStatus(), 0);
+    expectOnlyUciLines(engine->output);
 }

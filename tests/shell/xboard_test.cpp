@@ -57,3 +57,38 @@ TEST_F(XboardSession, MovesSetboardUndoAndErrors) {
     expectReply("quit\n", "Getting rid of handle");
     EXPECT_EQ(engine->exitStatus(), 0);
 }
+
+TEST_F(XboardSession, RefusedPositionsCastlingRightsRemoveAnalyzeAndHint) {
+    start();
+    engine->send("xboard\nprotover 2\nforce\n");
+    expectReply("hint\n", "hint: ");  // answered even with nothing in the table
+    // Rights whose rook is gone are dropped: no castling move comes of them.
+    expectReply("setboard 4k3/8/8/8/8/8/8/4K2R w KQ - 0 1\n", "4k3/8/8/8/8/8/8/4K2R w K - 0 ");
+    expectReply("e1c1\n", "Error (ambiguous move): e1c1\n");
+    const char* illegal[] = {"8/8/8/8/8/8/8/8 w - - 0 1", "4k3/4R3/8/8/8/8/8/4K3 w - - 0 1",
+                             "4k2P/8/8/8/8/8/8/4K3 w - - 0 1", "4k3/8/8/8/8/8/8/3KK3 w - - 0 1",
+                             "4k3/8/8/8/PPPPPPPP/P7/8/4K3 w - - 0 1"};
+    for (const char* fen : illegal) expectReply(std::string("setboard ") + fen + "\n", "tellusererror Illegal position\n");
+    // The previous position stands.
+    expectReply("e1f1\n", "4k3/8/8/8/8/8/8/5K1R b - - 1 ");
+    // remove takes back two plies.
+    expectReply("new\nforce\ne2e4\ne7e5\nremove\n", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 ");
+    // Analysis searches the position on the board even when the table holds a move for it.
+    expectReply("st 1\ngo\n", "\nmove ", 10000);
+    expectReply("force\nundo\nanalyze\n", "Start Pondering: no ponderingmove");
+    expectReply("exit\nping 3\n", "pong 3\n");
+    expectReply("quit\n", "Getting rid of handle");
+    EXPECT_EQ(engine->exitStatus(), 0);
+}
+
+TEST_F(XboardSession, NewDuringASearchStopsIt) {
+    start();
+    engine->send("xboard\nprotover 2\nnew\nst 30\ngo\n");
+    ASSERT_TRUE(engine->waitFor("\n 5  ", 20000));
+    expectReply("new\nping 7\n", "pong 7\n");
+    // The old game's move neither comes out nor lands on the new board.
+    EXPECT_FALSE(engine->waitFor("\nmove ", 1000));
+    expectReply("force\ne2e4\n", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1\n");
+    expectReply("quit\n", "Getting rid of handle");
+    EXPECT_EQ(engine->exitStatus(), 0);
+}

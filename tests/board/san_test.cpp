@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "../board/testBoard.h"
-#include "san.h"
+#include "testBoard.h"
+#include "board/san.h"
 
 namespace {
 
@@ -56,3 +56,27 @@ TEST(San, EnPassantSuffixesAndIllegalMoves) {
 }
 
 }  // namespace
+
+TEST(San, EveryLegalMoveWrittenInSanReadsBackAsItself) {
+    const char* fens[] = {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+                          "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
+                          "4k3/8/8/R7/8/8/8/R3K2R w K - 0 1", "4k3/8/8/8/8/Q7/8/Q1Q1K3 w - - 0 1",
+                          "4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1", "3k4/8/8/8/8/8/8/R3K2R w KQ - 0 1"};
+    for (const char* fen : fens) {
+        const board b = boardFrom(fen);
+        uint16_t legal[moveBufferSize];
+        b.generateLegalMoves(legal);
+        for (int i = 0; legal[i]; i++) {
+            char san[16];
+            moveToSan(b, legal[i], san);
+            EXPECT_EQ(sanToMove(b, san), legal[i]) << fen << " " << san;
+        }
+    }
+    char san[16];
+    moveToSan(boardFrom("4k3/8/8/8/8/Q7/8/Q1Q1K3 w - - 0 1"), boardFrom("4k3/8/8/8/8/Q7/8/Q1Q1K3 w - - 0 1").convertMovestringToInt("a1b2"), san);
+    EXPECT_STREQ(san, "Qa1b2");
+    moveToSan(boardFrom("3k4/8/8/8/8/8/8/R3K2R w KQ - 0 1"), boardFrom("3k4/8/8/8/8/8/8/R3K2R w KQ - 0 1").convertMovestringToInt("e1c1"), san);
+    EXPECT_STREQ(san, "O-O-O+");
+    moveToSan(boardFrom("6k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1"), boardFrom("6k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1").convertMovestringToInt("a1a8"), san);
+    EXPECT_STREQ(san, "Ra8#");
+}

@@ -1,0 +1,103 @@
+#include <unistd.h>
+
+#include <set>
+
+#include "../shell/protocolSession.h"
+#include "bookGames.h"
+#include "ctgWriter.h"
+
+namespace {
+
+class BookSession : public ProtocolSession {
+protected:
+    // A CTG book named book.ctg in the engine's directory, made by the writer.
+    void writeBook(const std::string& games) {
+        ctgWriter writer;
+        std::vector<std::string> warnings;
+        std::string error;
+        static const board prototype;
+        readBookGames(games, false, prototype, [&](const bookGame& game) { writer.addGame(game, error); }, warnings);
+        ASSERT_TRUE(writer.write(directory + "/book.ctg", error)) << error;
+    }
+    // Sends a line, then waits for each reply in turn, each after the one before.
+    void expectReplies(const std::string& line, std::initializer_list<std::string> replies) {
+        size_t from = engine->output.size();
+        engine->send(line);
+        for (const std::string& reply : replies) {
+            ASSERT_TRUE(engine->waitFor(reply, 10000, from)) << "after " << line << "no " << reply << "\ngot:\n"
+                                                             << engine->output.substr(from);
+            from = engine->output.find(reply, from) + reply.size();
+        }
+    }
+    // The text after "#move=" of every probe so far.
+    std::vector<std::string> bookMoves() const {
+        std::vector<std::string> moves;
+        for (size_t at = engine->output.find("#move="); at != std::string::npos;
+             at = engine->output.find("#move=", at + 1))
+            moves.push_back(engine->output.substr(at + 6, engine->output.find('\n', at) - at - 6));
+        return moves;
+    }
+};
+
+TEST_F(BookSession, XboardPlaysItsOpeningFromTheBookAndLeavesIt) {
+    writeBook("e2e4 e7e5 g1f3 1-0\n");
+    start("pref:book-path=book.ctg\n");
+    engine->send("xboard\nprotover 2\nnew\nst 1\nsd 3\nnopost\n");
+    expectReply("go\n", "probe TalvinBook: book.ctg\n#move=e2e4\nmove e2e4\n");
+    expectReply("e7e5\n", "probe TalvinBook: book.ctg\n#move=g1f3\nmove g1f3\n");
+    // Out of the book: the probe finds nothing and the engine searches.
+    expectReplies("a7a6\n", {"probe TalvinBook: book.ctg\n#move=\n", "move "});
+    EXPECT_EQ(bookMoves(), (std::vector<std::string>{"e2e4", "g1f3", ""}));
+    expectReply("quit\n", "Getting rid of handle");
+}
+
+TEST_F(BookSession, AMissingBookCostsOneMessageAProbe) {
+    start();
+    engine->send("xboard\nprotover 2\nnew\nst 1\nsd 3\nnopost\n");
+    expectReplies("go\n", {"probe TalvinBook: bookTalvin.ctg\nError reading cgt-file\n#move=\n", "move "});
+    expectReplies("force\nnew\nst 1\nsd 3\ngo\n", {"probe TalvinBook: bookTalvin.ctg\nError reading cgt-file\n#move=\n", "move "});
+    size_t messages = 0;
+    for (size_t at = engine->output.find("Error"); at != std::string::npos; at = engine->output.find("Error", at + 1))
+        messages++;
+    EXPECT_EQ(messages, 2u);
+    expectReply("quit\n", "Getting rid of handle");
+}
+
+// BookBestMoveOnly false weighs the moves instead of taking the best: over
+// many probes both moves come (1.e4 twice as often as 1.d4).
+TEST_F(BookSession, WeightedChoiceVariesFromProbeToProbe) {
+    writeBook("e2e4 1-0\nd2d4 1-0\n");
+    start("pref:book-path=book.ctg\npref:BookBestMoveOnly=0\n");
+    engine->send("xboard\nprotover 2\nnopost\n");
+    for (int game = 0; game < 40; game++) expectReply("new\ngo\n", "move ");
+    const std::vector<std::string> moves = bookMoves();
+    EXPECT_EQ(std::set<std::string>(moves.begin(), moves.end()), (std::set<std::string>{"e2e4", "d2d4"}));
+    expectReply("quit\n", "Getting rid of handle");
+}
+
+TEST_F(BookSession, UciBookOptions) {
+    writeBook("e2e4 e7e5 1-0\n");
+    start();
+    engine->send("uci\nsetoption name BookPath value book.ctg\n");
+    expectReply("isready\n", "readyok\n");
+    EXPECT_NE(file("talvin init.ini").find("pref:book-path=book.ctg\n"), std::string::npos);
+    expectReplies("position startpos\ngo wtime 5000 btime 5000\n", {"#move=e2e4\n", "bestmove e2e4\n"});
+    const size_t from = engine->output.size();
+    expectReplies("setoption name OwnBook value false\nposition startpos\ngo movetime 200\n", {"bestmove "});
+    EXPECT_EQ(engine->output.find("probe TalvinBook", from), std::string::npos);
+    expectReply("quit\n", "Getting rid of handle");
+}
+
+TEST_F(BookSession, UciPlaysFromTheDebianPolyglotBook) {
+    const std::string debianBook = "/usr/share/games/gnuchess/book.bin";
+    if (access(debianBook.c_str(), R_OK) != 0) GTEST_SKIP() << debianBook << " is missing (Debian package gnuchess-book)";
+    start();
+    engine->send("uci\nsetoption name BookPath value " + debianBook + "\n");
+    expectReply("isready\n", "readyok\n");
+    expectReplies("position startpos\ngo wtime 5000 btime 5000\n",
+                  {"info string probe TalvinBook: " + debianBook + "\ninfo string #move=e2e4\n", "bestmove e2e4\n"});
+    expectReplies("position startpos moves e2e4 c7c5\ngo wtime 5000 btime 5000\n", {"#move=g1f3\n", "bestmove g1f3\n"});
+    expectReply("quit\n", "Getting rid of handle");
+}
+
+}  // namespace

@@ -1,0 +1,198 @@
+#include "book/ctgBook.h"
+
+#include <iterator>
+#include <map>
+#include <random>
+
+#include "book/book.h"
+#include "bookFiles.h"
+
+namespace {
+
+using CtgBook = BookFiles;
+
+std::string bytes(const std::string& hex) {
+    std::string out;
+    for (size_t i = 0; i < hex.size(); i += 3) out += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+    return out;
+}
+
+// The worked example of the format: 1.e4 and 1.d4 from ten games, 1...e5
+// (marked "!") and 1...c5, the position after 1.d4 too rare to be kept.
+TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
+    const std::string games = "e2e4 e7e5$1 1-0\ne2e4 e7e5 1-0\ne2e4 e7e5 1-0\ne2e4 c7c5 0-1\ne2e4 c7c5 1/2-1/2\n"
+                              "e2e4 c7c5 1/2-1/2\nd2d4 1-0\nd2d4 1-0\nd2d4 0-1\nd2d4 0-1\n";
+    ctgWriter writer;
+    writer.maxPlies = 2;
+    writer.minGames = 5;
+    writeCtg(games, writer);
+    std::string page = bytes("00 02 00 7c 56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f "
+                             "05 5f 00 eb 00 00 00 0a 00 00 05 00 00 03 00 00 02");
+    page.resize(4 + 60, '\0');
+    page += bytes("56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c7 21 a6 0f 59 60 f3 b6 0f 7f "
+                  "05 5f 01 9b 00 00 00 06 00 00 01 00 00 03 00 00 02");
+    page.resize(4096, '\0');
+    std::string header(4096, '\0');
+    header[31] = 10;
+    EXPECT_EQ(read("book.ctg"), header + page);
+    EXPECT_EQ(read("book.cto"), bytes("00 00 00 00 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 00"));
+    EXPECT_EQ(read("book.ctb"), bytes("00 00 00 00 c0"));
+
+    // The same two positions on level 3 of the index, in two pages.
+    for (int level : {0, 3}) {
+        writer.tableLevel = level;
+        writeCtg(games, writer);
+        ctgBook reader(path("book.ctg").c_str());
+        EXPECT_EQ(movesOf(reader, startFen), "e2e4 d2d4");
+        EXPECT_EQ(resultsOf(reader, startFen), "3 2 5");
+        EXPECT_EQ(movesOf(reader, fenAfter("e2e4").c_str()), "e7e5/1 c7c5");
+        EXPECT_EQ(resultsOf(reader, fenAfter("e2e4").c_str()), "3 2 1");
+        EXPECT_FALSE(reader.contains(fenAfter("d2d4").c_str()));
+    }
+    const std::string none = "ff ff ff ff ", page0 = "00 00 00 00 ";
+    EXPECT_EQ(read("book.cto").substr(16), bytes(page0 + page0 + page0 + page0 + page0 + page0 + page0 + none + none +
+                                                 none + page0 + none + none + none + "00 00 00 01"));
+}
+
+// Black to move, mirrored positions, castling both ways, en passant, a
+// promotion, annotation bytes, and a move into a position left out.
+TEST_F(CtgBook, MovesAndCountsComeBackInBookOrder) {
+    ctgWriter writer;
+    writer.minGames = 2;
+    writeCtg("[FEN \"8/2k1P3/8/8/8/8/8/6K1 w - - 0 1\"] 1. e8=Q Kb6 2. Qe3+ 1-0\n"
+             "[FEN \"8/2k1P3/8/8/8/8/8/6K1 w - - 0 1\"] 1. e8=Q Kb7?! (1... Kb6 {better}) 1/2-1/2\n"
+             "1. e4 a6 2. e5 d5 3. exd6 $75 e6 4. Nf3 Nf6 5. Bc4 Be7 6. O-O O-O 1-0\n"
+             "1. e4 a6 2. e5 d5 3. exd6 1-0\n"
+             "1. d4 d5 2. Bf4 Bf5 3. Nc3 Nc6 4. Qd2 Qd7 5. O-O-O O-O-O 0-1\n"
+             "1. d4 d5 2. Bf4 Bf5 3. Nc3 Nc6 4. Qd2 Qd7 5. O-O-O O-O-O 1/2-1/2\n"
+             "1. d4 d5 2. Nf3 0-1\n",
+             writer, true);
+    ctgBook reader(path("book.ctg").c_str());
+    const std::string promotion = "8/2k1P3/8/8/8/8/8/6K1 w - - 0 1";
+    const std::string afterPromotion = fenAfter("e7e8q", promotion.c_str());  // Black to move, mirrored
+    const struct {
+        std::string fen, moves, results;
+    } cases[] = {
+        {startFen, "e2e4 d2d4", "2 1 2"},
+        {fenAfter("e2e4"), "a7a6", "2 0 0"},
+        {fenAfter("e2e4 a7a6 e4e5 d7d5"), "e5d6/75", "0 0 2"},
+        {fenAfter("e2e4 a7a6 e4e5 d7d5 e5d6 e7e6 g1f3 g8f6 f1c4 f8e7"), "", "none"},  // one game only
+        {fenAfter("d2d4 d7d5"), "c1f4 g1f3", "2 1 0"},
+        {fenAfter("d2d4 d7d5 c1f4 c8f5 b1c3 b8c6 d1d2 d8d7"), "e1c1", "1 1 0"},
+        {fenAfter("d2d4 d7d5 c1f4 c8f5 b1c3 b8c6 d1d2 d8d7 e1c1"), "e8c8", "0 1 1"},
+        {fenAfter("d2d4 d7d5 g1f3"), "", "none"},
+        {promotion, "e7e8q", "0 1 1"},
+        {afterPromotion, "c7b6 c7b7/6", "1 1 0"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(reader.contains(c.fen.c_str()), c.results != "none") << c.fen;
+        EXPECT_EQ(movesOf(reader, c.fen.c_str()), c.results == "none" ? "unreadable" : c.moves) << c.fen;
+        EXPECT_EQ(resultsOf(reader, c.fen.c_str()), c.results) << c.fen;
+    }
+
+    // Played from the book: the marked move never; the move into the
+    // left-out position weighs 1, more than 1.Bf4 with W + D / 2 = 0 + 1 / 2.
+    book openingBook;
+    openingBook.source = std::make_unique<ctgBook>(path("book.ctg").c_str());
+    char move[16];
+    for (uint32_t random = 0; random < 50; random++) {
+        EXPECT_FALSE(openingBook.chooseMove(boardFrom(fenAfter("e2e4 a7a6 e4e5 d7d5").c_str()), move, random));
+        ASSERT_TRUE(openingBook.chooseMove(boardFrom(fenAfter("d2d4 d7d5").c_str()), move, random));
+        EXPECT_STREQ(move, "g1f3");
+    }
+}
+
+// The test openings fill many pages; every position of every game comes back
+// with the move played and as many games as passed through it.
+TEST_F(CtgBook, ManyPagesKeepEveryPositionOfTheOpenings) {
+    std::ifstream file(BOOK_DATA "/openings.pgn");
+    const std::string pgn((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    writeCtg(pgn, {}, true);
+    EXPECT_GT(lastWriter.dataPages, 10);
+    ctgBook reader(path("book.ctg").c_str());
+    std::map<std::string, std::pair<std::string, int>> passing;  // by encoding: a FEN and the games
+    std::vector<std::string> warnings;
+    const int games = readBookGames(pgn, true, boardFrom(startFen), [&](const bookGame& game) {
+        for (const bookGamePly& ply : game.plies) {
+            ctgPosition position;
+            position.setup(ply.fen.c_str());
+            auto& seen = passing[std::string(reinterpret_cast<const char*>(position.encoding), position.length)];
+            seen = {ply.fen, seen.second + 1};
+            char move[6];
+            bookMoveText(ply.from, ply.to, ply.promotion, move);
+            EXPECT_NE(movesOf(reader, ply.fen.c_str()).find(move), std::string::npos) << ply.fen << " " << move;
+        }
+    }, warnings);
+    EXPECT_EQ(games, 36);
+    for (const auto& [encoding, seen] : passing) {
+        int wins, draws, losses;
+        ASSERT_TRUE(reader.results(seen.first.c_str(), wins, draws, losses)) << seen.first;
+        EXPECT_EQ(wins + draws + losses, seen.second) << seen.first;
+    }
+}
+
+// A damaged or missing book answers "not in the book", with at most one
+// message a probe and never an illegal move.
+TEST_F(CtgBook, DamagedBooksAreReportedOnceAndHoldNothing) {
+    writeCtg("e2e4 e7e5 1-0\nd2d4 d7d5 0-1\n");
+    const std::string ctg = read("book.ctg"), cto = read("book.cto"), ctb = read("book.ctb");
+    ctgPosition start;
+    start.setup(startFen);
+    const size_t startEntry = ctg.find(std::string(reinterpret_cast<const char*>(start.encoding), start.length));
+    ASSERT_GT(startEntry, 4096u);
+    auto withByte = [](std::string bytes, size_t at, char value) {
+        bytes[at] = value;
+        return bytes;
+    };
+    const struct {
+        const char* damage;
+        std::string ctg, cto, ctb, message, startMoves;
+    } cases[] = {
+        {"no .ctg", "", cto, ctb, "Error reading cgt-file\n", "unreadable"},
+        {"truncated .ctg", ctg.substr(0, 5000), cto, ctb, "Error reading cgt-file\n", "unreadable"},
+        {"no .cto", ctg, "", ctb, "Error reading cto-file: " + path("book.cto") + "\n", "unreadable"},
+        {"short .cto", ctg, cto.substr(0, 12), ctb, "Error reading cto-file: " + path("book.cto") + "\n", "unreadable"},
+        {"no .ctb", ctg, cto, "", "Error reading ctb-file: " + path("book.ctb") + "\n", "unreadable"},
+        {"bytes in use beyond the page", withByte(ctg, 4096 + 2, 0x20), cto, ctb, "", "unreadable"},
+        {"even moves length", withByte(ctg, startEntry + 22, 4), cto, ctb, "", "unreadable"},
+        {"index past the end", ctg, withByte(cto, 19, 9), ctb, "", "unreadable"},
+        {"illegal move byte", withByte(ctg, startEntry + 23, 0x00), cto, ctb, "", "d2d4"},
+        {"partial last page", ctg + std::string(100, '\x55'), cto, ctb, "", "e2e4 d2d4"},
+    };
+    for (const auto& c : cases) {
+        for (const char* name : {"book.ctg", "book.cto", "book.ctb"}) std::remove(path(name).c_str());
+        if (!c.ctg.empty()) write("book.ctg", c.ctg);
+        if (!c.cto.empty()) write("book.cto", c.cto);
+        if (!c.ctb.empty()) write("book.ctb", c.ctb);
+        ctgBook reader(path("book.ctg").c_str());
+        expectProbes(reader, c.message, c.startMoves, c.damage);
+    }
+}
+
+// Books with random bytes changed: whatever comes back is a legal move.
+TEST_F(CtgBook, RandomlyDamagedBooksGiveOnlyLegalMoves) {
+    writeCtg("e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 1-0\nd2d4 d7d5 c2c4 e7e6 0-1\nc2c4 e7e5 b1c3 g8f6 1/2-1/2\n");
+    const std::string ctg = read("book.ctg"), cto = read("book.cto");
+    const std::string fens[] = {startFen, fenAfter("e2e4"), fenAfter("e2e4 e7e5 g1f3 b8c6"), fenAfter("d2d4 d7d5 c2c4")};
+    std::mt19937 random(3);
+    for (int trial = 0; trial < 300; trial++) {
+        std::string damagedCtg = ctg, damagedCto = cto;
+        for (int i = 0; i < 8; i++) damagedCtg[4096 + random() % 300] = static_cast<char>(random());
+        if (trial % 4 == 0) damagedCto[16 + random() % (cto.size() - 16)] = static_cast<char>(random());
+        write("book.ctg", damagedCtg);
+        write("book.cto", damagedCto);
+        ctgBook reader(path("book.ctg").c_str());
+        for (const std::string& fen : fens) {
+            bookSource::entry entries[maxBookMoves];
+            int count = 0;
+            int wins, draws, losses;
+            reader.contains(fen.c_str());
+            reader.results(fen.c_str(), wins, draws, losses);
+            if (!reader.moves(fen.c_str(), entries, maxBookMoves, count)) continue;
+            for (int i = 0; i < count; i++)
+                EXPECT_NE(boardFrom(fen.c_str()).convertMovestringToInt(entries[i].move), 0) << trial << " " << entries[i].move;
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,196 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "../board/testBoard.h"
+#include "book/ctgPosition.h"
+
+namespace {
+
+std::string hex(const uint8_t* bytes, int count) {
+    std::string text;
+    char part[4];
+    for (int i = 0; i < count; i++) {
+        snprintf(part, sizeof part, i ? " %02x" : "%02x", bytes[i]);
+        text += part;
+    }
+    return text;
+}
+
+TEST(CtgPosition, EncodingsAndHashesOfKnownPositions) {
+    const struct {
+        const char* fen;
+        const char* encoding;
+        uint32_t hash;
+    } cases[] = {
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
+         "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f", 0xeb7ed3d7},
+        // Black to move: flipped; the en passant file is dropped, no pawn can take
+        {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1",
+         "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c7 21 a6 0f 59 60 f3 b6 0f 7f", 0x8c978593},
+        // only Black (to move) may castle: after the flip that is White's two rights
+        {"r1bqk1nr/pppp1ppp/2n5/2b1p3/2B1P3/5N2/PPPP1PPP/RNBQ1RK1 b kq - 5 4",
+         "56 b6 0f 76 0f 3a 69 52 af 58 b0 78 e0 37 0c 27 ef 2c 1e 1b 60 e3", 0xc9779497},
+        {"rnbqkbnr/ppp1p1pp/8/3pPp2/8/8/PPPP1PPP/RNBQKBNR w KQkq f6 0 3",
+         "77 b6 0f 79 60 f3 a6 0f 58 b1 c8 e0 19 e1 a6 39 59 60 f3 b6 0f 70 5f", 0xbb3ebdd9},
+        {"rnbqkbnr/pppp1ppp/8/8/3Pp3/8/PPP1PPPP/RNBQKBNR b KQkq d3 0 3",
+         "77 b6 0f 79 60 f3 a6 0f 58 b1 c8 e0 19 e1 a6 0f 59 60 f3 b6 0f 70 3f", 0x5e71e100},
+        {"8/8/8/4k3/8/8/8/2K5 w - - 0 1", "0b 00 00 00 08 40 04 00 00 00 00", 0xd69fa725},
+        {"8/8/8/4k3/8/8/8/2K5 b - - 0 1", "0b 00 00 01 08 00 80 00 00 00 00", 0xe145ed59},
+    };
+    for (const auto& c : cases) {
+        ctgPosition position;
+        ASSERT_TRUE(position.setup(c.fen)) << c.fen;
+        EXPECT_EQ(hex(position.encoding, position.length), c.encoding) << c.fen;
+        EXPECT_EQ(position.hash(), c.hash) << c.fen;
+    }
+    const uint8_t sixteen[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    EXPECT_EQ(ctgPosition::hash(sixteen, 1), 0x3d08f9e4u);
+    EXPECT_EQ(ctgPosition::hash(sixteen, 16), 0xb21a0d76u);
+}
+
+TEST(CtgPosition, NormalisationFlipsMirrorsAndCleansRightsAndEnPassant) {
+    const struct {
+        const char* fen;
+        bool flipped, mirrored;
+        int castling, enPassantFile;
+    } cases[] = {
+        {"8/8/8/4k3/8/8/8/2K5 w - - 0 1", false, true, 0, -1},
+        {"8/8/8/4k3/8/8/8/2K5 b - - 0 1", true, false, 0, -1},
+        // any right left, even the other side's, keeps the files as they are
+        {"4k2r/8/8/8/8/8/8/2K5 w k - 0 1", false, false, bookBoard::blackShort, -1},
+        {"4k2r/8/8/8/8/8/8/2K5 b k - 0 1", true, false, bookBoard::whiteShort, -1},
+        // a right whose rook or king has left is no right
+        {"r3k2r/8/8/8/8/8/8/R3K1R1 w KQkq - 0 1", false, false,
+         bookBoard::whiteLong | bookBoard::blackShort | bookBoard::blackLong, -1},
+        {"4k3/8/8/8/8/8/8/R2K3R w KQ - 0 1", false, true, 0, -1},
+        // en passant kept only beside a pawn of the side to move, mirrored with the files
+        {"4k3/8/8/1pP5/8/8/8/3K4 w - b6 0 1", false, true, 0, 6},
+        {"4k3/8/8/1p6/8/8/8/3K4 w - b6 0 1", false, true, 0, -1},
+        {"4k3/8/8/8/5pP1/8/8/3K4 b - g3 0 1", true, false, 0, 6},
+    };
+    for (const auto& c : cases) {
+        ctgPosition position;
+        ASSERT_TRUE(position.setup(c.fen)) << c.fen;
+        EXPECT_EQ(position.flipped, c.flipped) << c.fen;
+        EXPECT_EQ(position.mirrored, c.mirrored) << c.fen;
+        EXPECT_EQ(position.stored.castling, c.castling) << c.fen;
+        EXPECT_EQ(position.stored.enPassantFile, c.enPassantFile) << c.fen;
+        EXPECT_TRUE(position.stored.whiteToMove);
+    }
+    ctgPosition position;
+    EXPECT_FALSE(position.setup("QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/qqqqqqqq/qqqqqqqq/k6K w - - 0 1"));
+}
+
+// Every piece has a byte for every step it can make, except the four moves
+// that nobody has placed on a byte yet.
+TEST(CtgPosition, MoveTableCoversEveryStepOfEveryCodedPiece) {
+    int covered = 0;
+    std::string missing;
+    auto check = [&](char piece, int ordinal, int dx, int dy) {
+        if (ctgPosition::moveByte(piece, ordinal, dx, dy) >= 0) covered++;
+        else missing += std::string(1, piece) + std::to_string(ordinal) + " " + std::to_string(dx) + " " +
+                        std::to_string(dy) + "; ";
+    };
+    for (int ordinal = 1; ordinal <= 8; ordinal++)
+        for (const auto& step : {std::pair{0, 1}, {0, 2}, {1, 1}, {-1, 1}}) check('P', ordinal, step.first, step.second);
+    for (int ordinal = 1; ordinal <= 2; ordinal++) {
+        for (const auto& step : {std::pair{1, 2}, {2, 1}, {2, -1}, {1, -2}, {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}})
+            check('N', ordinal, step.first, step.second);
+        for (int k = 1; k <= 7; k++) {
+            if (k != 4) check('B', ordinal, -k, k);  // (4, 4) and (-4, 4) are one square
+            check('B', ordinal, k, k);
+            check('R', ordinal, k, 0);
+            check('R', ordinal, 0, k);
+            check('Q', ordinal, k, 0);
+            check('Q', ordinal, 0, k);
+            check('Q', ordinal, k, k);
+            if (k != 4) check('Q', ordinal, -k, k);
+        }
+    }
+    for (const auto& step : {std::pair{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}, {2, 0}, {-2, 0}})
+        check('K', 1, step.first, step.second);
+    EXPECT_EQ(covered, 166 - 4);
+    EXPECT_EQ(missing, "N2 2 -1; R2 0 2; Q2 -3 3; Q2 7 0; ");
+}
+
+// Legal moves of the real game through their bytes and back, in positions of
+// both colours, mirrored and not; only what the format cannot hold is lost.
+TEST(CtgPosition, LegalMovesComeBackFromTheirBytes) {
+    const char* fens[] = {
+        "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
+        "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+        "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R b KQkq - 0 1",
+        "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
+        "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
+        "2k5/1P6/8/3pP3/8/8/8/1K6 w - d6 0 1",
+        "1k6/8/8/8/3Pp3/8/1p6/2K5 b - d3 0 1",
+        "2Q5/1Q6/8/7k/8/8/8/Q3K3 w - - 0 1",
+    };
+    std::string unplaced;
+    for (const char* fen : fens) {
+        const board b = boardFrom(fen);
+        uint16_t legal[moveBufferSize];
+        b.generateLegalMoves(legal);
+        ctgPosition position;
+        ASSERT_TRUE(position.setup(fen)) << fen;
+        for (int i = 0; legal[i]; i++) {
+            const std::string text = moveText(legal[i]);
+            const int from = squareOf(7 - moveFrom(legal[i]) % 8, moveFrom(legal[i]) / 8);
+            const int to = squareOf(7 - moveTo(legal[i]) % 8, moveTo(legal[i]) / 8);
+            const char promotion = text.size() > 4 ? text[4] : 0;
+            const int code = position.encodeMove(from, to, promotion);
+            const bool underPromotion = promotion && promotion != 'Q';
+            const bool thirdQueen = fen == fens[7] && from == squareOf(2, 7);
+            if (underPromotion || thirdQueen) {
+                EXPECT_EQ(code, -1) << fen << " " << text;
+                continue;
+            }
+            if (code < 0) {
+                unplaced += text + " ";
+                continue;
+            }
+            int decodedFrom, decodedTo;
+            char decodedPromotion;
+            ASSERT_TRUE(position.decodeMove(static_cast<uint8_t>(code), decodedFrom, decodedTo, decodedPromotion))
+                << fen << " " << text;
+            char decoded[6];
+            bookMoveText(decodedFrom, decodedTo, decodedPromotion, decoded);
+            std::string expected = text;
+            if (promotion) expected[4] = 'q';
+            EXPECT_EQ(decoded, expected) << fen << " byte " << code;
+        }
+    }
+    // N2 +2 -1, R2 0 +2, Q2 -1 0 and Q2 -3 +3 have no byte yet
+    EXPECT_EQ(unplaced, "e5g4 f6h7 h8h6 e2g1 b7a7 b7g2 ");
+}
+
+// A doubtful byte is read as the first of its meanings that is legal.
+TEST(CtgPosition, DoubtfulBytesTakeTheirFirstLegalReading) {
+    ctgPosition position;
+    ASSERT_TRUE(position.setup("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1"));
+    const struct {
+        uint8_t code;
+        const char* move;
+    } cases[] = {
+        {0x03, "e5g4"},  // no second queen: the knight's unplaced step
+        {0xf1, "e5g4"},
+        {0xf2, "e1c1"},  // the second bishop's step is blocked: castling long
+        {0xf6, "e1c1"},
+        {0x6b, "e1g1"},
+    };
+    for (const auto& c : cases) {
+        int from, to;
+        char promotion;
+        ASSERT_TRUE(position.decodeMove(c.code, from, to, promotion)) << int(c.code);
+        char text[6];
+        bookMoveText(from, to, promotion, text);
+        EXPECT_STREQ(text, c.move) << int(c.code);
+    }
+    int from, to;
+    char promotion;
+    EXPECT_FALSE(position.decodeMove(0x02, from, to, promotion));  // unused byte
+    EXPECT_FALSE(position.decodeMove(0x14, from, to, promotion));  // P8 +1 +1 onto its own piece
+}
+
+}  // namespace

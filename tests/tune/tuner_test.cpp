@@ -1,0 +1,223 @@
+#include "tune/tuner.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "../board/testBoard.h"
+#include "eval/evalWeightsFile.h"
+#include "search/localSearch.h"
+
+namespace {
+
+constexpr int tuneJob = 4;
+
+localSearch& testEngine() {
+    static localSearch instance(8);
+    return instance;
+}
+
+board& workspace() {
+    static board b = boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
+    return b;
+}
+
+// Each test in a scratch directory, where the tuner's files go, with the
+// built-in weights before and after and the tuning job posted.
+class Tuning : public ::testing::Test {
+protected:
+    std::string directory, home;
+    void SetUp() override {
+        char pattern[] = "/tmp/talvin-tune-XXXXXX";
+        directory = mkdtemp(pattern);
+        char* cwd = getcwd(nullptr, 0);
+        home = cwd;
+        free(cwd);
+        ASSERT_EQ(chdir(directory.c_str()), 0);
+        resetEvalWeights();
+        testEngine().shared->searchLoopRunFlag = 1;
+        testEngine().shared->searchCommand = tuneJob;
+    }
+    void TearDown() override {
+        resetEvalWeights();
+        EXPECT_EQ(chdir(home.c_str()), 0);
+        std::system(("rm -rf '" + directory + "'").c_str());
+    }
+};
+
+// The error is a made-up function of the weights; counts its calls.
+class FakeTuner : public tuner {
+public:
+    std::function<float()> error;
+    int measurements = 0;
+    FakeTuner() : tuner(*testEngine().shared, testEngine().tree, workspace(), tuneJob) {}
+
+protected:
+    float measure(int) override {
+        measurements++;
+        return error();
+    }
+};
+
+}  // namespace
+
+TEST(TuningStep, SmallValuesMoveByOneOthersByAFifth) {
+    const std::pair<int, int> cases[] = {{0, 1}, {1, 1}, {24, 1}, {-24, 1}, {25, 1}, {50, 2}, {100, 4}, {-100, 4}, {-99, 3}};
+    for (auto [value, step] : cases) EXPECT_EQ(tuningStep(value), step) << value;
+}
+
+TEST_F(Tuning, OnlyStrictImprovementsAreKeptAndPassOneSkipsNothing) {
+    FakeTuner t;
+    testing::internal::CaptureStdout();
+    // Ties everywhere: nothing moves, every weight is tried both ways and gets a skip.
+    t.error = [] { return 5.0f; };
+    float base = 5.0f;
+    EXPECT_FALSE(t.tuneRound(0, 1, base));
+    EXPECT_EQ(t.measurements, 2 * evalWeightCount);
+    EXPECT_EQ(evalWeights, defaultEvalWeights);
+    for (int counter : t.skipCounters) EXPECT_EQ(counter, 1);
+
+    // Pass 0 now skips all of them; pass 1 tries them all again.
+    t.measurements = 0;
+    EXPECT_FALSE(t.tuneRound(0, 1, base));
+    EXPECT_EQ(t.measurements, 0);
+    EXPECT_FALSE(t.tuneRound(1, 1, base));
+    EXPECT_EQ(t.measurements, 2 * evalWeightCount);
+
+    // Lower is better: the error falls as passedBase (-56, step 2) rises, so
+    // the low trial is refused, the high one kept, and its skip counter cleared.
+    t.error = [] { return 100.0f - passedBase; };
+    base = 156.0f;
+    t.skipCounters[18] = 3;
+    EXPECT_TRUE(t.tuneRound(1, 1, base));
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(passedBase, -54);
+    EXPECT_NE(printed.find("\nparam=18; paramValue=-56; baseScore=156.000000\nparam=18; paramValue=-58; lowScore= "
+                           "158.000000\nparam=18; paramValue=-54; highScore=154.000000\nnew paramValue=-54\n"),
+              std::string::npos);
+    EXPECT_NE(printed.find("\nparam=0; SKIP; baseScore=5.000000\n"), std::string::npos);
+    EXPECT_NE(printed.find("remaining value=71\n"), std::string::npos);
+    EXPECT_EQ(t.skipCounters[18], 0);
+}
+
+TEST_F(Tuning, RoundsAreLoggedAndWrittenAndAStopRestoresTheWeightUnderTrial) {
+    FakeTuner t;
+    t.error = [&t] {
+        if (t.measurements == 200) t.stopped = true;  // inside pass 1's first round
+        return 5.0f;
+    };
+    testing::internal::CaptureStdout();
+    t.tune();
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(t.measurements, 200);
+    EXPECT_EQ(evalWeights, defaultEvalWeights);
+    std::ifstream log(tuningLogFileName);
+    std::string line;
+    std::getline(log, line);
+    EXPECT_EQ(line.rfind("Round 0: startScore=5.000000, params= 0, -2, -12, -44, ", 0), 0u) << line;
+    std::string rest((std::istreambuf_iterator<char>(log)), std::istreambuf_iterator<char>());
+    EXPECT_NE(rest.find("\n\n=== PLY:1 ===\nbaseScore=5.000000\nRound1: startScore=5.000000, params= 0, -2, "),
+              std::string::npos);
+    evalWeightList written;
+    std::string error;
+    ASSERT_TRUE(readEvalWeightsFile(tunedWeightsFileName, written, error)) << error;
+    EXPECT_EQ(written, defaultEvalWeights);
+}
+
+TEST_F(Tuning, ConcordanceIsTheRootMeanSquareOfClampedSearchScoresAgainstTheReferences) {
+    const char* fens[] = {"r1bqkbnr/pppp1ppp/2n5/4p3/4P3/5N2/PPPP1PPP/RNBQKB1R w KQkq - 2 3",
+                          "4k3/8/8/8/8/8/8/QQR1K3 b - - 0 1",  // far beyond 1600 for White
+                          "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1"};
+    const char* references[] = {"+35.9", "-2000.7", "+12"};
+    const int referenceValues[] = {35, -1600, 12};
+    std::ofstream file(resultsFileName);
+    for (int i = 0; i < 3; i++) file << fens[i] << "\n" << references[i] << "\n";
+    file.close();
+
+    // The same searches, in the same order, from the same empty tables.
+    sharedData& shared = *testEngine().shared;
+    const int depth = 2;
+    testEngine().clearTables();
+    board::lastPositionalScore = 0;
+    int64_t sum = 0;
+    for (int i = 0; i < 3; i++) {
+        workspace().setupPosition(fens[i]);
+        shared.maxDepth = depth;
+        shared.timer1.allottedMs = 30000;
+        shared.timer1.startTimer();
+        testing::internal::CaptureStdout();
+        testEngine().tree.rootSearch(workspace());
+        testing::internal::GetCapturedStdout();
+        const int score = std::clamp(shared.rootBestScore, -1600, 1600);
+        if (i == 1) {
+            EXPECT_EQ(score, -1600);
+        }
+        sum += int64_t(score - referenceValues[i]) * (score - referenceValues[i]);
+    }
+    testEngine().clearTables();
+    board::lastPositionalScore = 0;
+    shared.maxDepth = 35;
+    tuner t(shared, testEngine().tree, workspace(), tuneJob);
+    testing::internal::CaptureStdout();
+    const float concordance = t.calculateConcordance(depth);
+    testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(t.stopped);
+    EXPECT_EQ(concordance, std::sqrt(static_cast<float>(sum / 3)));
+    EXPECT_EQ(shared.maxDepth, 35);
+
+    // A withdrawn job stops at the next position; a file without scores measures nothing.
+    shared.searchCommand = 0;
+    EXPECT_EQ(t.calculateConcordance(depth), 0.0f);
+    EXPECT_TRUE(t.stopped);
+    shared.searchCommand = tuneJob;
+    std::ofstream(resultsFileName) << fens[0] << "\n";
+    tuner empty(shared, testEngine().tree, workspace(), tuneJob);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(empty.calculateConcordance(1), 0.0f);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "No reference scores in !finalResults.txt\n");
+    EXPECT_TRUE(empty.stopped);
+}
+
+TEST_F(Tuning, WeightsFilesRoundTripAndFaultyOnesChangeNothing) {
+    evalWeightList tuned = defaultEvalWeights;
+    tuned[0] = 7;
+    tuned[79] = -3;
+    ASSERT_TRUE(writeEvalWeightsFile("w.txt", tuned));
+    std::ifstream in("w.txt");
+    std::string first;
+    std::getline(in, first);
+    EXPECT_EQ(first, "developmentWeight=7");
+    evalWeightList read{};
+    std::string error;
+    ASSERT_TRUE(readEvalWeightsFile("w.txt", read, error));
+    EXPECT_EQ(read, tuned);
+
+    const std::string full = "developmentWeight=7\n" + [] {
+        std::string rest;
+        for (int i = 1; i < evalWeightCount; i++) rest += std::string(evalWeightNames[i]) + "=1\n";
+        return rest;
+    }();
+    const std::pair<std::string, std::string> faulty[] = {
+        {full.substr(0, full.rfind("queenTropism5")), "no value for queenTropism5"},
+        {full + "developmentWeight=3\n", "line 81 is not a new weight and its value"},
+        {"frobnication=3\n" + full, "line 1 is not a new weight and its value"},
+        {"developmentWeight=7x\n" + full.substr(full.find('\n') + 1), "line 1 is not a new weight and its value"},
+        {"developmentWeight=99999999999\n" + full.substr(full.find('\n') + 1), "line 1 is not a new weight and its value"},
+    };
+    for (const auto& [text, reason] : faulty) {
+        std::ofstream("bad.txt") << text;
+        read = tuned;
+        EXPECT_FALSE(readEvalWeightsFile("bad.txt", read, error));
+        EXPECT_EQ(error, reason);
+        EXPECT_EQ(read, tuned);
+    }
+    EXPECT_FALSE(readEvalWeightsFile("missing.txt", read, error));
+    std::ofstream("blank.txt") << "\n" << full << "\r\n";
+    EXPECT_TRUE(readEvalWeightsFile("blank.txt", read, error)) << error;
+}
