@@ -61,6 +61,10 @@ public:
     // start position. A given killer table becomes the one the move
     // generator scores with.
     explicit board(killerMoveTable* killerTable = nullptr);
+    // A board that is about to be overwritten by a copied image: no settings
+    // read, no tables rebuilt, nothing set up.
+    struct uninitialised {};
+    explicit board(uninitialised) {}
 
     void setupStartPosition();
     void setupPosition(const char* fen);

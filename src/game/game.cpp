@@ -40,11 +40,9 @@ void printEngineMove(const sharedData& shared, const hashtable& table, int move,
         const int reply = legalTableMove(table, after);
         if (reply) moveToText(reply, ponder, true);
     }
-    mutex::waitIO();
     // Without a reply to ponder on the ponder part is left out.
-    if (uci) printf("bestmove %s%s%s\n", text, ponder[0] ? " ponder " : "", ponder);
-    else printf("move %s\n", text);
-    mutex::releaseIO();
+    if (uci) printLine("bestmove %s%s%s\n", text, ponder[0] ? " ponder " : "", ponder);
+    else printLine("move %s\n", text);
 }
 
 bool announceGameEnd(const board& position) {
@@ -251,9 +249,10 @@ void game::stopPondering() {
     // Taken under the I/O mutex, under which the search process looks at the
     // command before it prints its move: once the stop is in, no move of
     // the stopped search comes out.
-    mutex::waitIO();
-    shared->searchCommand = 0;
-    mutex::releaseIO();
+    {
+        lockGuard io(mutex::io);
+        shared->searchCommand = 0;
+    }
     // The search ends at its next node. The flag, unlike the budget, is
     // never set by the search process, so a stop that comes before the
     // search has started (and set its budget) is not lost.
@@ -274,9 +273,7 @@ void game::moveNow() {
         searchState = 0;
         char text[10] = "0000";
         if (shared->ponderResultMove) moveToText(shared->ponderResultMove, text, true);
-        mutex::waitIO();
-        printf("bestmove %s\n", text);
-        mutex::releaseIO();
+        printLine("bestmove %s\n", text);
     }
 }
 
@@ -296,9 +293,8 @@ void game::giveHint() {
     if (move == 0) return;
     char text[10];
     moveToText(move, text);
-    mutex::waitIO();
+    lockGuard held(mutex::io);
     printf("hint: %s\n", text);
-    mutex::releaseIO();
 }
 
 void game::postAnalyzeInfo() {
@@ -307,9 +303,8 @@ void game::postAnalyzeInfo() {
     const int current = shared->rootMoveNumber;
     char text[10];
     moveToText(current >= 1 && current <= total ? shared->rootMoves[current - 1] : 0, text);
-    mutex::waitIO();
+    lockGuard held(mutex::io);
     printf("stat01: %d %lld %d %d %d %s\n", shared->timer1.getTimePassedBy(),
            static_cast<long long>(shared->nodeTotals[0] + shared->nodeTotals[1]), shared->rootDepth, total - current,
            total, text);
-    mutex::releaseIO();
 }

@@ -8,6 +8,7 @@
 
 #include "eval/evalWeightsFile.h"
 #include "game/game.h"
+#include "parallel/console.h"
 #include "parallel/processLauncher.h"
 #include "shell/settingsFile.h"
 
@@ -35,10 +36,8 @@ void game::watchSearchProcess(int waitedMs, int boundMs) {
     // names are gone: the engine ends cleanly instead and says why.
     if (!searchProcessGone) kill(rolePids[0], SIGKILL);  // hung
     const char* message = "The search process has stopped working; the engine exits";
-    mutex::waitIO();
-    if (shared->outputMode == 2) printf("info string %s\n", message);
-    else printf("tellusererror %s\n", message);
-    mutex::releaseIO();
+    if (shared->outputMode == 2) printLine("info string %s\n", message);
+    else printLine("tellusererror %s\n", message);
     exit(1);
 }
 

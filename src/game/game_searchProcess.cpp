@@ -49,7 +49,7 @@ void ponder(sharedData& shared, searchtree& tree, const board& position, int com
 bool playSearchResult(sharedData& shared, searchtree& tree, board& position, int move) {
     if (isSentinel(move)) {
         // No legal move: a UCI front end still waits for an answer.
-        if (shared.outputMode == 2) mutex::printLocked("bestmove 0000\n");
+        if (shared.outputMode == 2) printLine("bestmove 0000\n");
         return false;
     }
     shared.pendingEngineMove = static_cast<uint16_t>(move);
@@ -115,9 +115,11 @@ int game::runSearchProcess() {
             if (shared->untilStopped) waitForStop(*shared);
             // A stop in the meantime discards the result. The stop is posted
             // under the I/O mutex, so once it is in no move comes out.
-            mutex::waitIO();
-            const bool goesOn = shared->searchCommand != 0 && playSearchResult(*shared, tree, position, move);
-            mutex::releaseIO();
+            bool goesOn;
+            {
+                lockGuard io(mutex::io);
+                goesOn = shared->searchCommand != 0 && playSearchResult(*shared, tree, position, move);
+            }
             if (goesOn && shared->outputMode != 2) ponder(*shared, tree, position, shared->searchCommand);
         }
         searchEnded.set();

@@ -51,9 +51,8 @@ void writeInfo(const char* text) {
 static void printFormatted(void (*write)(const char*), const char* format, va_list arguments) {
     char text[lineBufferBytes];
     vsnprintf(text, sizeof text, format, arguments);
-    mutex::waitIO();
+    lockGuard io(mutex::io);
     write(text);
-    mutex::releaseIO();
 }
 
 void printLine(const char* format, ...) {

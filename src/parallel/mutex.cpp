@@ -115,9 +115,3 @@ void mutex::releaseWithHandle(namedMutex& handle) {
     const int result = handle.valid() ? pthread_mutex_unlock(handle.lock()) : EINVAL;
     if (result != 0) report("failed to release mutex! ERROR=%d\n", result);
 }
-
-void mutex::printLocked(const char* text) {
-    waitIO();
-    printf("%s", text);
-    releaseIO();
-}

@@ -33,18 +33,24 @@ public:
     // Creates both, or opens them (retrying every retryMs while they do not exist yet).
     static void init(const char* instance, bool openInstead, int retryMs = 100);
 
-    static void waitIO() { waitWithHandle(io); }
-    static void releaseIO() { releaseWithHandle(io); }
-    static void waitMT() { waitWithHandle(mt); }
-    static void releaseMT() { releaseWithHandle(mt); }
-
     // Waits up to timeoutMs, reports a time-out, an abandoned or a failed
     // wait, and goes on in every case.
     static void waitWithHandle(namedMutex& handle, int timeoutMs = waitTimeoutMs);
-    // One line of text, not interleaved with other processes' output.
-    static void printLocked(const char* text);
     static void releaseWithHandle(namedMutex& handle);
 
 private:
     static bool initialised;
+};
+
+// Holds a named mutex for the rest of the scope: the timed wait above, with
+// its messages, on entry, and the release on every way out.
+class lockGuard {
+public:
+    explicit lockGuard(namedMutex& handle) : handle(handle) { mutex::waitWithHandle(handle); }
+    ~lockGuard() { mutex::releaseWithHandle(handle); }
+    lockGuard(const lockGuard&) = delete;
+    lockGuard& operator=(const lockGuard&) = delete;
+
+private:
+    namedMutex& handle;
 };

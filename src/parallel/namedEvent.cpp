@@ -1,6 +1,9 @@
 #include "parallel/namedEvent.h"
 
+#include <sched.h>
+
 #include <cerrno>
+#include <chrono>
 #include <ctime>
 #include <thread>
 
@@ -22,7 +25,7 @@ bool namedEvent::create(const char* name) {
     pthread_condattr_setclock(&conditionAttributes, CLOCK_MONOTONIC);
     pthread_cond_init(&object->condition, &conditionAttributes);
     pthread_condattr_destroy(&conditionAttributes);
-    object->signalled = 0;
+    object->signalled.store(0, std::memory_order_relaxed);
     object->ready.store(1, std::memory_order_release);
     return true;
 }
@@ -49,24 +52,30 @@ void namedEvent::set() {
     if (!valid()) return;
     shared* object = static_cast<shared*>(mapping.view);
     lockRobust(&object->lock);
-    object->signalled = 1;
+    object->signalled.store(1, std::memory_order_relaxed);
     pthread_cond_signal(&object->condition);
     pthread_mutex_unlock(&object->lock);
 }
 
-bool namedEvent::wait(int timeoutMs) {
+bool namedEvent::wait(int timeoutMs, int spinUs) {
     if (!valid()) return false;
     shared* object = static_cast<shared*>(mapping.view);
     const timespec deadline = monotonicDeadline(timeoutMs < 0 ? 0 : timeoutMs);
+    if (spinUs > 0 && timeoutMs != 0) {
+        if (timeoutMs > 0 && spinUs > timeoutMs * 1000) spinUs = timeoutMs * 1000;
+        const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(spinUs);
+        while (!object->signalled.load(std::memory_order_relaxed) && std::chrono::steady_clock::now() < until)
+            sched_yield();
+    }
     lockRobust(&object->lock);
-    while (!object->signalled && timeoutMs != 0) {
+    while (!object->signalled.load(std::memory_order_relaxed) && timeoutMs != 0) {
         const int result = timeoutMs < 0 ? pthread_cond_wait(&object->condition, &object->lock)
                                          : pthread_cond_timedwait(&object->condition, &object->lock, &deadline);
         if (result == EOWNERDEAD) pthread_mutex_consistent(&object->lock);
         else if (result == ETIMEDOUT) break;
     }
-    const bool signalled = object->signalled != 0;
-    object->signalled = 0;
+    const bool signalled = object->signalled.load(std::memory_order_relaxed) != 0;
+    object->signalled.store(0, std::memory_order_relaxed);
     pthread_mutex_unlock(&object->lock);
     return signalled;
 }

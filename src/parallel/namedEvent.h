@@ -5,6 +5,10 @@
 
 #include "parallel/namedMapping.h"
 
+// How long a waiter that expects to be woken soon watches the event before
+// it sleeps: waking a sleeping process costs tens of microseconds.
+inline constexpr int wakeSpinUs = 200;
+
 // A named auto-reset event: one set releases exactly one wait.
 class namedEvent {
 public:
@@ -12,7 +16,7 @@ public:
         std::atomic<int> ready;
         pthread_mutex_t lock;
         pthread_cond_t condition;
-        int signalled;
+        std::atomic<int> signalled;  // written under the lock, watched without it
     };
     namedMapping mapping;
 
@@ -22,6 +26,8 @@ public:
     void openWhenCreated(const char* name, int retryMs = 100);
     bool valid() const { return mapping.view != nullptr; }
     void set();
-    // True when signalled; false after timeoutMs (a negative time-out waits for ever).
-    bool wait(int timeoutMs);
+    // True when signalled; false after timeoutMs (a negative time-out waits
+    // for ever). A waiter first watches the event for up to spinUs
+    // microseconds, yielding the processor, before it sleeps.
+    bool wait(int timeoutMs, int spinUs = 0);
 };

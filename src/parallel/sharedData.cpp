@@ -4,6 +4,27 @@
 
 #include "parallel/console.h"
 
+int splitBlock::takeMove(namedMutex& lock, int& index) {
+    lockGuard held(lock);
+    index = nextMove;
+    if (index >= 100) return 0;
+    const int move = moves[index];
+    moves[100 + index] = static_cast<uint16_t>(alpha);
+    if (move != 0) nextMove++;
+    return move;
+}
+
+void splitBlock::markResult(namedMutex& lock, int index, int mark) {
+    lockGuard held(lock);
+    moves[100 + index] = static_cast<uint16_t>(mark);
+    if (mark == notSearchedMark) failHigh = 1;
+}
+
+void splitBlock::countReducedMove(namedMutex& lock) {
+    lockGuard held(lock);
+    reducedMoves++;
+}
+
 sharedDataMapping::sharedDataMapping(const char* instance, bool openInstead, int retryMs) {
     char name[160];
     objectName(name, sizeof name, "sharedData", instance);

@@ -7,8 +7,10 @@
 #include "eval/evalWeights.h"
 #include "game/chessclock.h"
 #include "game/timer.h"
+#include "parallel/mutex.h"
 #include "parallel/namedMapping.h"
 #include "search/killerMoveTable.h"
+#include "search/movelist.h"
 
 inline constexpr int maxProcesses = 10;
 inline constexpr int splitBlockCount = 100;
@@ -45,6 +47,17 @@ struct splitBlock {
     int32_t reducedMoves;
     int32_t failHigh;
     int32_t parent;         // block of the node that split, 0 for none
+    int32_t claimedMask;    // bit p: process slot p was claimed for the block
+
+    // The block's side of the split protocol, for its owner and its slaves
+    // alike; lock is the block's own mutex.
+    // Hands out the next move (0 at the end of the list) and marks it taken
+    // with the block's alpha; index says where it was read.
+    int takeMove(namedMutex& lock, int& index);
+    // How a taken move ended: notSearchedMark (it beat alpha; also raises the
+    // fail-high flag) or abandonedMark.
+    void markResult(namedMutex& lock, int index, int mark);
+    void countReducedMove(namedMutex& lock);
 };
 
 // The record every engine process maps: search clock, killer table, game
@@ -94,6 +107,8 @@ struct sharedData {
     int32_t allSearchprocesEnabled;
     int32_t processState[maxProcesses];      // 1 idle and available, 2 busy
     int32_t assignedSplitBlock[maxProcesses];
+    int32_t waitingForBlock[maxProcesses];   // block an owner waits for while idle, 0 none: a claim wakes it there
+    int32_t processLost[maxProcesses];       // claimed and never back: not claimed again
     int32_t runFlag;
     int64_t nodeTotals[2];                   // alphaBeta nodes, quiescence nodes
     int32_t processesReady;                  // role processes that have opened every object

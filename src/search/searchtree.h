@@ -50,6 +50,13 @@ public:
     void printThinking(const board& position, int firstMove, char* out, int size) const;
     void printThinkingLine(const board& position, int depthShown, int score, int firstMove);
 
+    // The moves of split block b, searched for it by its owner or by one of
+    // its slaves alike: taken one at a time, each at a null window on the
+    // block's alpha, until the list ends, a move beats alpha or is abandoned,
+    // or (owner) the block has failed high. rootFrom >= 0 marks a root block
+    // whose moves start at that index of the root list.
+    void searchBlockMoves(int b, const board& node, int depth, int alpha, int lastMove, bool owner, int rootFrom = -1);
+
 private:
     static constexpr int noSplit = 32000;  // no score: the node goes on serially
 
@@ -61,15 +68,35 @@ private:
     bool takeScore(const board& node, int move, int depth, int score, int& alpha, int beta, int& bestMove, int& bound,
                    int& result);
     // Hands the node's remaining moves to idle processes and searches them
-    // together; the node's result, or noSplit when nobody could be claimed.
-    int split(int lastMove, board& node, int depth, int alpha, int beta, moveGenerator& picker, int bestMove, int bound,
-              bool inCheck, int sbNum);
-    int alphaBetaMaster(int blockNumber, board& node, int depth, int alpha, int beta, int bestMove, int bound,
-                        bool inCheck, int sbNum);
+    // together. The node's result when it ends there (cut-off, mate, abort);
+    // otherwise noSplit, with alpha, bestMove and bound brought up to date
+    // and the moves still to search left in the picker.
+    int split(int lastMove, board& node, int depth, int& alpha, int beta, moveGenerator& picker, int& bestMove,
+              int& bound, bool inCheck, int sbNum);
+    int alphaBetaMaster(int blockNumber, int lastMove, board& node, int depth, int& alpha, int beta,
+                        moveGenerator& picker, int& bestMove, int& bound, bool inCheck, int sbNum);
+    // Claims every idle process and a free split block for the node's moves
+    // (ended by 0) and wakes the claimed processes; the block number, or 0
+    // when there is not enough to share, nobody to share with or no block.
+    int openSplitBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves, int sbNum);
+    // After the owner's own part: stops the block when it failed high or the
+    // search ends, and waits for its slaves. True when it failed high.
+    bool closeSplitBlock(int blockNumber, int sbNum);
+    void releaseSplitBlock(int blockNumber);
     // Waits until the block's slaves are back, helping them meanwhile.
     void waitForSlaves(int blockNumber);
+    // One job for a block that claimed this process while it waited.
+    void helpWhileWaiting(int blockNumber);
     // Stops the block and every block split below it.
     void stopBlock(int blockNumber);
+    // Searches the root moves from the index from on together with idle
+    // processes, each at a null window on best. The moves found not to beat
+    // best are placed first (from on, score best), then those that beat it,
+    // then the unfinished ones; returns how many were found not to beat
+    // best (0 when nobody could be claimed).
+    int searchRootMovesTogether(const board& root, int depth, int from, int best);
+    // Sets the root move being searched, for "stat01" and UCI's currmove.
+    void announceRootMove(int i);
     bool searchStopped() const {
         return shared->timer1.timeIsUp() || shared->allSearchprocesEnabled == 0 || nodeLimitReached();
     }

@@ -102,8 +102,9 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
     if (b.nullMoves < 2 && !inCheck && hasPieces(b) && shared->enable_NMP && (!b.verification || depth >= 2)) {
         board child = b;
         child.makeMove(nullMove);
+        // An abandoned null-move search is compared like any score: a time-out
+        // reads as a cut-off here and ends the search at the next node.
         const int score = -alphaBeta(nullMove, child, depth - 4, -beta, -beta + 1, sbNum);
-        if (isAbort(score)) return -score;
         if (score >= beta) {
             if (!b.verification) return beta;
             b.verification = 0;
@@ -133,8 +134,7 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
         const int score = searchMove(b, child, move, depth, alpha, beta, inCheck, legalMoves == 1, sbNum);
         int result;
         if (takeScore(b, move, depth, score, alpha, beta, bestMove, bound, result)) return result;
-        if (depth > 4 && process != nullptr && !verificationPending && shared->processCount > 1 &&
-            process->slaveAvailable.wait(0)) {
+        if (depth > 4 && process != nullptr && shared->processCount > 1 && process->slaveAvailable.wait(0)) {
             const int result = split(lastMove, b, depth, alpha, beta, picker, bestMove, bound, inCheck, sbNum);
             if (result != noSplit) return result;
         }

@@ -1,68 +1,115 @@
-#include <cstdio>
+#include <sched.h>
 
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+
+#include "parallel/console.h"
 #include "parallel/mutex.h"
 #include "parallel/searchProcess.h"
 #include "search/moveGenerator.h"
 #include "search/searchtree.h"
 
-int searchtree::split(int lastMove, board& node, int depth, int alpha, int beta, moveGenerator& picker, int bestMove,
-                      int bound, bool inCheck, int sbNum) {
-    const int stageBefore = picker.stage;
-    mutex::waitMT();
-    int claimed[maxProcesses];
+namespace {
+
+// Read while other processes write it under a lock.
+inline int32_t peek(int32_t& field) { return std::atomic_ref<int32_t>(field).load(std::memory_order_relaxed); }
+
+}  // namespace
+
+void searchtree::searchBlockMoves(int b, const board& node, int depth, int alpha, int lastMove, bool owner,
+                                  int rootFrom) {
+    splitBlock& block = shared->splitBlocks[b];
+    namedMutex& lock = process->splitBlockMutex[b];
+    const bool inCheck = node.inCheck();
+    const int side = (node.toMove + 1) / 2;
+    int index;
+    for (int move = block.takeMove(lock, index); move != 0; move = block.takeMove(lock, index)) {
+        if (rootFrom >= 0) announceRootMove(rootFrom + index);
+        board child = node;
+        child.makeMove(move);
+        if (child.isMoveIllegal(move)) continue;
+        const bool givesCheck = child.inCheck();
+        const int extension =
+            shared->enable_EXTENTIONS && lastMove != 0 && (givesCheck || moveTo(move) == node.recaptureSq);
+        const int reduction = shared->enable_LMP && depth >= 2 && !givesCheck && !inCheck &&
+                              static_cast<uint16_t>(table->probeBestMove(node.boardKey)) != 6 &&
+                              node.pieceOn[moveTo(move)] == NOPIECE &&
+                              shared->killers.getKillerMoveScore(move, node.ply, side) == 0 && lastMove != 0;
+        if (reduction) block.countReducedMove(lock);
+        int score = -alphaBeta(move, child, depth + (reduction ? 0 : extension) - reduction - 1, -alpha - 1, -alpha, b);
+        if (reduction && score > alpha) score = -alphaBeta(move, child, depth - 1, -alpha - 1, -alpha, b);
+        if (isAbort(score)) {
+            block.markResult(lock, index, abandonedMark);
+            return;
+        }
+        if (score > alpha) {
+            block.markResult(lock, index, notSearchedMark);
+            return;
+        }
+        // A slave's fail-high makes the owner's further moves pointless.
+        if (owner && peek(block.failHigh)) return;
+    }
+}
+
+int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves,
+                               int sbNum) {
     int count = 0;
-    for (int p = 0; p < shared->processCount && p < maxProcesses; p++) {
-        if (p != processSlot && shared->processState[p] == 1) {
+    while (count < maxMovesPerList && moves[count] != 0) count++;
+    if (count < 2) {
+        // Nothing to share here: the idle process stays on offer for the next node.
+        process->slaveAvailable.set();
+        return 0;
+    }
+    int claimed[maxProcesses], waitingAt[maxProcesses];
+    int claimedCount = 0, blockNumber = 0;
+    {
+        lockGuard mt(mutex::mt);
+        for (int p = 0; p < shared->processCount && p < maxProcesses; p++) {
+            if (p == processSlot || shared->processState[p] != 1 || shared->processLost[p]) continue;
             shared->processState[p] = 2;
-            claimed[count++] = p;
+            waitingAt[claimedCount] = shared->waitingForBlock[p];
+            claimed[claimedCount++] = p;
+        }
+        if (claimedCount == 0) return 0;
+        for (int n = 2; n < splitBlockCount && blockNumber == 0; n++) {
+            lockGuard held(process->splitBlockMutex[n]);
+            splitBlock& block = shared->splitBlocks[n];
+            if (block.owner != freeSplitBlock) continue;
+            memcpy(block.moves, moves, count * sizeof moves[0]);
+            memcpy(block.moves + 100, moves + 100, count * sizeof moves[0]);
+            block.moves[count] = 0;
+            block.owner = processSlot;
+            block.depth = depth;
+            block.lastMove = static_cast<uint16_t>(lastMove);
+            block.alpha = alpha;
+            block.beta = beta;
+            block.node.store(node);
+            block.counter = 0;
+            block.stop = 0;
+            block.numSlaves = claimedCount;
+            block.nextMove = 0;
+            block.reducedMoves = 0;
+            block.failHigh = 0;
+            block.parent = sbNum;
+            block.claimedMask = 0;
+            for (int i = 0; i < claimedCount; i++) block.claimedMask |= 1 << claimed[i];
+            for (int i = 0; i < claimedCount; i++) shared->assignedSplitBlock[claimed[i]] = n;
+            blockNumber = n;
+        }
+        if (blockNumber == 0) {
+            printInfo("WARNING: No splitblock available!\n");
+            for (int i = 0; i < claimedCount; i++) shared->processState[claimed[i]] = 1;
+            return 0;
         }
     }
-    if (count == 0) {
-        mutex::releaseMT();
-        return noSplit;
+    for (int i = 0; i < claimedCount; i++) {
+        process->startSlave[claimed[i]].set();
+        // An owner waiting for its own block sleeps on that block's event.
+        if (waitingAt[i] != 0) process->splitBlockReady[waitingAt[i]].set();
     }
-    int blockNumber = 0;
-    for (int n = 2; n < splitBlockCount && blockNumber == 0; n++) {
-        mutex::waitWithHandle(process->splitBlockMutex[n]);
-        if (shared->splitBlocks[n].owner == freeSplitBlock) blockNumber = n;
-        else mutex::releaseWithHandle(process->splitBlockMutex[n]);
-    }
-    if (blockNumber == 0) {
-        mutex::waitIO();
-        printf("WARNING: No splitblock available!\n");
-        mutex::releaseIO();
-        for (int i = 0; i < count; i++) shared->processState[claimed[i]] = 1;
-        mutex::releaseMT();
-        return noSplit;
-    }
-
-    splitBlock& block = shared->splitBlocks[blockNumber];
-    picker.addNoncapmovesToList();
-    const int first = stageBefore == 1 ? 0 : picker.index + 1;
-    int n = 0;
-    for (int i = first; i < maxMovesPerList && picker.list.moves[i] != 0; i++, n++) {
-        block.moves[n] = picker.list.moves[i];
-        block.moves[100 + n] = picker.list.moves[100 + i];
-    }
-    block.moves[n] = 0;
-    block.owner = processSlot;
-    block.depth = depth;
-    block.lastMove = static_cast<uint16_t>(lastMove);
-    block.alpha = alpha;
-    block.beta = beta;
-    block.node.store(node);
-    block.counter = 0;
-    block.stop = 0;
-    block.numSlaves = count;
-    block.nextMove = 0;
-    block.reducedMoves = 0;
-    block.failHigh = 0;
-    block.parent = sbNum;
-    for (int i = 0; i < count; i++) shared->assignedSplitBlock[claimed[i]] = blockNumber;
-    mutex::releaseWithHandle(process->splitBlockMutex[blockNumber]);
-    mutex::releaseMT();
-    for (int i = 0; i < count; i++) process->startSlave[claimed[i]].set();
-    return alphaBetaMaster(blockNumber, node, depth, alpha, beta, bestMove, bound, inCheck, sbNum);
+    return blockNumber;
 }
 
 void searchtree::stopBlock(int blockNumber) {
@@ -73,121 +120,146 @@ void searchtree::stopBlock(int blockNumber) {
             stopBlock(n);
 }
 
-void searchtree::waitForSlaves(int blockNumber) {
+bool searchtree::closeSplitBlock(int blockNumber, int sbNum) {
     splitBlock& block = shared->splitBlocks[blockNumber];
-    // Idle meanwhile: a slave that splits below this block may claim the owner.
-    mutex::waitMT();
-    shared->processState[processSlot] = 1;
-    mutex::releaseMT();
-    int waitedMs = 0;
+    const bool parentStopped = sbNum != 0 && shared->splitBlocks[sbNum].stop;
+    if (peek(block.failHigh) || parentStopped || searchStopped()) stopBlock(blockNumber);
+    waitForSlaves(blockNumber);
+    return block.failHigh != 0;
+}
+
+void searchtree::releaseSplitBlock(int blockNumber) {
+    lockGuard held(process->splitBlockMutex[blockNumber]);
+    shared->splitBlocks[blockNumber].owner = freeSplitBlock;
+}
+
+void searchtree::helpWhileWaiting(int blockNumber) {
+    reportNodes();
+    process->startSlave[processSlot].wait(0);  // the claim's wake-up, already seen
+    // The block helped may lie on another line: this line's keys come back afterwards.
+    uint64_t keys[150];
+    memcpy(keys, keyHistory, sizeof keys);
+    process->helpWithBlock(*this, *shared, blockNumber);
+    memcpy(keyHistory, keys, sizeof keys);
+}
+
+void searchtree::waitForSlaves(int blockNumber) {
+    using clock = std::chrono::steady_clock;
+    splitBlock& block = shared->splitBlocks[blockNumber];
+    // Idle meanwhile: a slave that splits below the block may claim this process.
+    {
+        lockGuard mt(mutex::mt);
+        shared->processState[processSlot] = 1;
+    }
+    process->slaveAvailable.set();
+    auto deadline = clock::now() + std::chrono::milliseconds(waitTimeoutMs);
     for (;;) {
-        mutex::waitMT();
-        const int assigned = shared->assignedSplitBlock[processSlot];
-        const bool done = assigned == 0 && block.numSlaves <= 0;
-        if (done) shared->processState[processSlot] = 2;
-        mutex::releaseMT();
-        if (done) return;
+        int assigned;
+        {
+            lockGuard mt(mutex::mt);
+            assigned = shared->assignedSplitBlock[processSlot];
+            const bool done = assigned == 0 && block.numSlaves <= 0;
+            // Said again at every round: a wait nested in a job helped meanwhile has cleared it.
+            if (assigned == 0) shared->waitingForBlock[processSlot] = done ? 0 : blockNumber;
+            if (done) {
+                shared->processState[processSlot] = 2;
+                return;
+            }
+        }
         if (assigned != 0) {
-            reportNodes();
-            process->startSlave[processSlot].wait(0);
-            process->helpWithBlock(*this, *shared, assigned);
-            waitedMs = 0;
+            helpWhileWaiting(assigned);
+            deadline = clock::now() + std::chrono::milliseconds(waitTimeoutMs);
             continue;
         }
-        if (process->splitBlockReady[blockNumber].wait(1)) continue;
-        if (++waitedMs < waitTimeoutMs) continue;
-        mutex::waitIO();
-        printf("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
-        mutex::releaseIO();
-        mutex::waitMT();
+        // The last slave is usually close: watch before sleeping.
+        const auto spinEnd = clock::now() + std::chrono::microseconds(wakeSpinUs);
+        while (peek(block.numSlaves) > 0 && peek(shared->assignedSplitBlock[processSlot]) == 0 && clock::now() < spinEnd)
+            sched_yield();
+        if (peek(block.numSlaves) <= 0 || peek(shared->assignedSplitBlock[processSlot]) != 0) continue;
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now()).count();
+        if (left > 0 && process->splitBlockReady[blockNumber].wait(static_cast<int>(left))) continue;
+        if (clock::now() < deadline) continue;
+        printInfo("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
+        lockGuard mt(mutex::mt);
         shared->processState[processSlot] = 2;
-        mutex::releaseMT();
+        shared->waitingForBlock[processSlot] = 0;
+        // A process that never came back (killed, most likely) would cost
+        // this wait again at every split.
+        for (int p = 0; p < maxProcesses; p++)
+            if (block.claimedMask >> p & 1 && shared->processState[p] == 2) shared->processLost[p] = 1;
         return;
     }
 }
 
-// The owner takes moves from the block like its slaves do, all at a null
-// window on the block's alpha. A move that beats it stops the block; once
-// every slave is back, the moves that beat alpha are searched again with
-// the full window and whatever was left unfinished is searched here.
-int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alpha, int beta, int bestMove, int bound,
-                                bool inCheck, int sbNum) {
-    splitBlock& block = shared->splitBlocks[blockNumber];
-    namedMutex& lock = process->splitBlockMutex[blockNumber];
-    const int blockAlpha = alpha;
+int searchtree::split(int lastMove, board& node, int depth, int& alpha, int beta, moveGenerator& picker, int& bestMove,
+                      int& bound, bool inCheck, int sbNum) {
+    const int stageBefore = picker.stage;
+    picker.addNoncapmovesToList();
+    // After the hash move alone, the completed list starts again at its first entry.
+    if (stageBefore == 1) picker.index = -1;
+    const int blockNumber = openSplitBlock(lastMove, node, depth, alpha, beta, picker.list.moves + picker.index + 1, sbNum);
+    if (blockNumber == 0) return noSplit;
+    return alphaBetaMaster(blockNumber, lastMove, node, depth, alpha, beta, picker, bestMove, bound, inCheck, sbNum);
+}
 
-    for (;;) {
-        mutex::waitWithHandle(lock);
-        const int index = block.nextMove;
-        const int move = block.failHigh ? 0 : block.moves[index];
-        if (move != 0) {
-            block.moves[100 + index] = static_cast<uint16_t>(blockAlpha);
-            block.nextMove++;
-        }
-        mutex::releaseWithHandle(lock);
-        if (move == 0) break;
+// The owner takes moves from the block like its slaves do. Once all are
+// back, the moves that beat alpha are searched again with the full window,
+// and the moves left unfinished go back to the node's own loop, which may
+// split them again.
+int searchtree::alphaBetaMaster(int blockNumber, int lastMove, board& node, int depth, int& alpha, int beta,
+                                moveGenerator& picker, int& bestMove, int& bound, bool inCheck, int sbNum) {
+    searchBlockMoves(blockNumber, node, depth, alpha, lastMove, true);
+    const bool failedHigh = closeSplitBlock(blockNumber, sbNum);
 
-        board child = node;
-        child.makeMove(move);
-        if (child.isMoveIllegal(move)) continue;
-        const int score = searchMove(node, child, move, depth, blockAlpha, blockAlpha + 1, inCheck, false, blockNumber);
-        if (isAbort(score)) {
-            mutex::waitWithHandle(lock);
-            block.moves[100 + index] = static_cast<uint16_t>(abandonedMark);
-            mutex::releaseWithHandle(lock);
-            break;
-        }
-        if (score > blockAlpha) {
-            mutex::waitWithHandle(lock);
-            block.moves[100 + index] = static_cast<uint16_t>(notSearchedMark);
-            block.failHigh = 1;
-            mutex::releaseWithHandle(lock);
-            break;
-        }
-    }
-
-    const bool parentStopped = sbNum != 0 && shared->splitBlocks[sbNum].stop;
-    if (block.failHigh || parentStopped || searchStopped()) stopBlock(blockNumber);
-    waitForSlaves(blockNumber);
-
-    // Copy what is left to do, then give the block back.
-    movelist rest;
-    int restCount = 0;
-    bool researchFound = false;
+    const splitBlock& block = shared->splitBlocks[blockNumber];
+    uint16_t researches[maxMovesPerList];
+    int researchCount = 0, restCount = 0;
     for (int i = 0; i < 100 && block.moves[i] != 0; i++) {
         const int mark = static_cast<int16_t>(block.moves[100 + i]);
-        if (i < block.nextMove && mark != notSearchedMark && mark != abandonedMark) continue;
-        researchFound |= mark == notSearchedMark;
-        rest.moves[restCount] = block.moves[i];
-        rest.setScore(restCount++, mark == notSearchedMark ? 1 : 0);
+        if (i >= block.nextMove || mark == abandonedMark) picker.list.moves[restCount++] = block.moves[i];
+        else if (mark == notSearchedMark) researches[researchCount++] = block.moves[i];
     }
-    rest.moves[restCount] = 0;
-    const bool failedHigh = block.failHigh != 0;
-    mutex::waitWithHandle(lock);
-    block.owner = freeSplitBlock;
-    mutex::releaseWithHandle(lock);
+    picker.list.moves[restCount] = 0;
+    picker.index = -1;
+    releaseSplitBlock(blockNumber);
 
     if (searchStopped()) return timeUpScore;
     if (sbNum != 0 && shared->splitBlocks[sbNum].stop) return blockStoppedScore;
-    if (failedHigh && !researchFound) {
-        mutex::waitIO();
-        printf("ERROR: No move to research after beta-cutoff\n");
-        mutex::releaseIO();
+    if (failedHigh && researchCount == 0) printInfo("ERROR: No move to research after beta-cutoff\n");
+    for (int i = 0; i < researchCount; i++) {
+        const int move = researches[i];
+        board child = node;
+        child.makeMove(move);
+        const int score = searchMove(node, child, move, depth, alpha, beta, inCheck, true, sbNum);
+        int result;
+        if (takeScore(node, move, depth, score, alpha, beta, bestMove, bound, result)) return result;
     }
+    return noSplit;
+}
 
-    // Moves that beat alpha first, with the full window; then the rest.
-    for (int pass = 1; pass >= 0; pass--) {
-        for (int i = 0; i < restCount; i++) {
-            if (rest.score(i) != pass) continue;
-            const int move = rest.moves[i];
-            board child = node;
-            child.makeMove(move);
-            if (child.isMoveIllegal(move)) continue;
-            const int score = searchMove(node, child, move, depth, alpha, beta, inCheck, pass == 1, sbNum);
-            int result;
-            if (takeScore(node, move, depth, score, alpha, beta, bestMove, bound, result)) return result;
+int searchtree::searchRootMovesTogether(const board& root, int depth, int from, int best) {
+    if (process == nullptr || shared->processCount < 2 || !process->slaveAvailable.wait(0)) return 0;
+    // The root's block: one ply more than its children, no last move.
+    const int blockNumber = openSplitBlock(0, root, depth + 1, best, mateScore, rootList.moves + from, 0);
+    if (blockNumber == 0) return 0;
+    searchBlockMoves(blockNumber, root, depth + 1, best, 0, true, from);
+    closeSplitBlock(blockNumber, 0);
+
+    const splitBlock& block = shared->splitBlocks[blockNumber];
+    enum { finished, beatBest, unfinished };
+    int placed = 0, finishedCount = 0;
+    for (int kind : {finished, beatBest, unfinished}) {
+        for (int i = 0; from + i < rootMoveCount; i++) {
+            const int mark = static_cast<int16_t>(block.moves[100 + i]);
+            const int found = i >= block.nextMove || mark == abandonedMark ? unfinished
+                              : mark == notSearchedMark                    ? beatBest
+                                                                           : finished;
+            if (found != kind) continue;
+            rootList.moves[from + placed] = block.moves[i];
+            rootList.setScore(from + placed++, best);
+            if (kind == finished) finishedCount++;
         }
     }
-    table->recordHash(node.boardKey, depth, node.rootPly, alpha, bound, bestMove == 325 ? 0 : bestMove);
-    return alpha;
+    releaseSplitBlock(blockNumber);
+    return finishedCount;
 }

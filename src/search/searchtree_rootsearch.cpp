@@ -16,13 +16,6 @@ void append(char* out, int size, const char* format, values... v) {
     if (length < size - 1) snprintf(out + length, size - length, format, v...);
 }
 
-template <class... values>
-void printLocked(const char* format, values... v) {
-    mutex::waitIO();
-    printf(format, v...);
-    mutex::releaseIO();
-}
-
 }  // namespace
 
 void printMove(int move) {
@@ -35,6 +28,15 @@ void searchtree::reportNodes() {
     shared->nodeTotals[0] += nodes[0];
     shared->nodeTotals[1] += nodes[1];
     nodes[0] = nodes[1] = 0;
+}
+
+void searchtree::announceRootMove(int i) {
+    shared->rootMoveNumber = i + 1;
+    if (shared->outputMode != 1 && shared->postFlag && shared->timer1.getTimePassedBy() > 1000) {
+        char text[10];
+        moveToText(rootList.moves[i], text, true);
+        printLine("info currmovenumber %d currmove %s\n", i + 1, text);
+    }
 }
 
 void searchtree::printThinking(const board& position, int firstMove, char* out, int size) const {
@@ -65,7 +67,7 @@ void searchtree::printThinkingLine(const board& position, int depthShown, int sc
     else
         append(line, sizeof line, " %d  %d  %lld  %lld ", depthShown, score, t, n);
     printThinking(position, firstMove, line, sizeof line);
-    mutex::printLocked(line);
+    printLine("%s", line);
 }
 
 int searchtree::rootSearch(const board& position) {
@@ -102,13 +104,8 @@ int searchtree::rootSearch(const board& position) {
     for (;; d++) {
         completedDepth = d + 1;
         shared->rootDepth = d + 1;
-        shared->rootMoveNumber = 1;
         const int first = rootList.moves[0];
-        char text[10];
-        if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
-            moveToText(first, text, true);
-            printLocked("info currmovenumber 1 currmove %s\n", text);
-        }
+        announceRootMove(0);
         board child = root;
         child.makeMove(first);
         int score = -alphaBeta(first, child, d, -(previous + 100), 100 - previous, 0);
@@ -118,9 +115,8 @@ int searchtree::rootSearch(const board& position) {
             score = -alphaBeta(first, child, d, -16000, 16000, 0);
         }
         if (shared->processCount > 0) {
-            mutex::waitMT();
+            lockGuard mt(mutex::mt);
             shared->processState[shared->processCount - 1] = 1;
-            mutex::releaseMT();
         }
         if (isAbort(score) || searchStopped()) {
             onlyFirstMove = true;
@@ -139,12 +135,11 @@ int searchtree::rootSearch(const board& position) {
 
         for (int i = 1; i < rootMoveCount; i++) {
             if (searchStopped() || best == mateScore) break;
+            i += searchRootMovesTogether(root, d, i, best);
+            movesSearched = i;
+            if (i == rootMoveCount) break;
             const int move = rootList.moves[i];
-            shared->rootMoveNumber = i + 1;
-            if (uci && post && shared->timer1.getTimePassedBy() > 1000) {
-                moveToText(move, text, true);
-                printLocked("info currmovenumber %d currmove %s\n", i + 1, text);
-            }
+            announceRootMove(i);
             child = root;
             child.makeMove(move);
             score = -alphaBeta(move, child, d, -best - 1, -best, 0);
@@ -167,6 +162,7 @@ int searchtree::rootSearch(const board& position) {
             }
         }
         rootList.sortAfterSearch(movesSearched);
+        memcpy(shared->rootMoves, rootList.moves, sizeof shared->rootMoves);
         previous = best;
 
         if (searchStopped() || best == mateScore) break;

@@ -171,16 +171,26 @@ TEST(NamedObjects, EventsResetAutomaticallyAndWakeOtherProcesses) {
         namedEvent opened, answer;
         opened.openWhenCreated(name.c_str(), 10);
         answer.openWhenCreated((name + "reply").c_str(), 10);
-        const bool woken = opened.wait(5000);
-        if (woken) answer.set();
-        _exit(woken ? 0 : 1);
+        // Woken once while watching the event, once while asleep on it.
+        if (!opened.wait(5000, 5000000)) _exit(1);
+        answer.set();
+        if (!opened.wait(5000, 100)) _exit(2);
+        answer.set();
+        _exit(0);
     }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    event.set();
+    EXPECT_TRUE(reply.wait(5000));
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     event.set();
     EXPECT_TRUE(reply.wait(5000));
     int status = 0;
     waitpid(child, &status, 0);
     EXPECT_EQ(WEXITSTATUS(status), 0);
+    // Watching never outlasts the time-out.
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(event.wait(30, 10000000));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
     shm_unlink(name.c_str());
     shm_unlink((name + "reply").c_str());
 }

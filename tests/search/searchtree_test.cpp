@@ -66,6 +66,18 @@ TEST_F(Search, AMateByTheFirstRootMoveBreaksTheSearch) {
     EXPECT_NE(out.find(" foundmove=a1a8\n\n"), std::string::npos) << out;
 }
 
+TEST_F(Search, TheSharedRootListFollowsEachIterationsSort) {
+    // "stat01" reads the move being searched from the shared list.
+    const char* fen = "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N1PN2/PP3PPP/R2QKB1R w KQ - 0 9";
+    uint16_t generated[moveBufferSize];
+    boardFrom(fen).generateLegalMoves(generated);
+    localSearch::result r;
+    search(fen, 4, 100000, r);
+    const std::string sorted = listText(engine().tree.rootList.moves);
+    EXPECT_NE(sorted, listText(generated));
+    EXPECT_EQ(listText(engine().shared->rootMoves), sorted);
+}
+
 TEST_F(Search, RootWithoutMovesOrWithOneMoveAnswersAtOnce) {
     localSearch::result r;
     search("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", 10, 100000, r);
@@ -118,6 +130,25 @@ TEST_F(Search, NoTimeStopsAtOnceAndTheAbortValueClimbsUnchanged) {
     const std::string out = search("r1bqkbnr/pppp1ppp/2n5/4p3/4P3/5N2/PPPP1PPP/RNBQKB1R w KQkq - 2 3", 60, -1, r);
     EXPECT_NE(r.move, 0);
     EXPECT_NE(out.find(" only first move examined\n"), std::string::npos) << out;
+}
+
+TEST_F(Search, AnAbandonedNullMoveSearchIsComparedWithBeta) {
+    // The search is disabled inside the null-move search (at the second
+    // tablebase probe, the node after the null move). Black has pawns only,
+    // so the abort climbs from there unchanged; at the top it reads as a
+    // score of 16300, at least beta: the node returns beta.
+    static sharedData* s;
+    static int probes;
+    s = engine().shared.get();
+    probes = 0;
+    engine().tree.tablebaseProbe = [](const board&, int&) {
+        if (++probes == 2) s->allSearchprocesEnabled = 0;
+        return false;
+    };
+    board b = boardFrom("4k3/4p3/8/8/8/8/4P3/R3K3 w - - 0 1");
+    EXPECT_EQ(alphaBeta(b, 6, -100, 100), 100);
+    EXPECT_EQ(probes, 2);
+    engine().tree.tablebaseProbe = nullptr;
 }
 
 TEST_F(Search, NullMoveIsNotTriedInCheckOrWithPawnsOnly) {
