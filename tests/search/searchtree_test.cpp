@@ -133,22 +133,16 @@ TEST_F(Search, NoTimeStopsAtOnceAndTheAbortValueClimbsUnchanged) {
 }
 
 TEST_F(Search, AnAbandonedNullMoveSearchIsComparedWithBeta) {
-    // The search is disabled inside the null-move search (at the second
-    // tablebase probe, the node after the null move). Black has pawns only,
-    // so the abort climbs from there unchanged; at the top it reads as a
-    // score of 16300, at least beta: the node returns beta.
-    static sharedData* s;
-    static int probes;
-    s = engine().shared.get();
-    probes = 0;
-    engine().tree.tablebaseProbe = [](const board&, int&) {
-        if (++probes == 2) s->allSearchprocesEnabled = 0;
-        return false;
-    };
+    // A node limit stops the search two nodes in: the node after the null
+    // move. Black has pawns only, so the abort climbs from there unchanged;
+    // at the top it reads as a score of 16300, at least beta: the node
+    // returns beta.
+    sharedData& s = *engine().shared;
+    searchtree& tree = engine().tree;
+    s.nodeLimit = tree.nodes[0] + tree.nodes[1] + s.nodeTotals[0] + s.nodeTotals[1] + 2;
     board b = boardFrom("4k3/4p3/8/8/8/8/4P3/R3K3 w - - 0 1");
     EXPECT_EQ(alphaBeta(b, 6, -100, 100), 100);
-    EXPECT_EQ(probes, 2);
-    engine().tree.tablebaseProbe = nullptr;
+    s.nodeLimit = 0;
 }
 
 TEST_F(Search, NullMoveIsNotTriedInCheckOrWithPawnsOnly) {
