@@ -153,7 +153,7 @@ int kingRace(const board& b, const uint64_t (&attacks)[2][7]) {
         barred[side] = attacks[side ^ 1][PAWN] | attacks[side ^ 1][KNIGHT] | attacks[side ^ 1][BISHOP] |
                        (b.bb[NOPIECE][side] & ~b.bb[KING][side]);
     bool finished[2] = {false, false};
-    for (int side = b.toMove == 1 ? WHITE : BLACK; !finished[WHITE] || !finished[BLACK]; side ^= 1) {
+    for (int side = colourOf(b.toMove); !finished[WHITE] || !finished[BLACK]; side ^= 1) {
         if (finished[side]) continue;
         uint64_t from = area[side] & ~area[side ^ 1] & ~barred[side];
         from |= ((from & ~fileA) << 1) | ((from & ~fileH) >> 1);

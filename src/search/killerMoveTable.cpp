@@ -1,5 +1,7 @@
 #include "search/killerMoveTable.h"
 
+#include "board/board.h"
+
 #include <cstring>
 
 static constexpr int slotsPerTable = 2 * 50 * 2;
@@ -30,7 +32,7 @@ void killerMoveTable::resetKillers() {
         for (int ply = 0; ply < 50; ply++)
             for (int slot = 0; slot < 2; slot++) {
                 killers[side][ply][slot] = 0;
-                killerScores[side][ply][slot] = -16000;
+                killerScores[side][ply][slot] = -mateScore;
             }
 }
 

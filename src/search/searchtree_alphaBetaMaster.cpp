@@ -42,7 +42,7 @@ int searchtree::split(int lastMove, board& node, int depth, int alpha, int beta,
     int n = 0;
     for (int i = first; i < maxMovesPerList && picker.list.moves[i] != 0; i++, n++) {
         block.moves[n] = picker.list.moves[i];
-        block.moves[100 + n] = picker.list.moves[100 + i];
+        block.moves[moveScoreSlot + n] = picker.list.moves[moveScoreSlot + i];
     }
     block.moves[n] = 0;
     block.owner = processSlot;
@@ -121,7 +121,7 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
         const int index = block.nextMove;
         const int move = block.failHigh ? 0 : block.moves[index];
         if (move != 0) {
-            block.moves[100 + index] = static_cast<uint16_t>(blockAlpha);
+            block.moves[moveScoreSlot + index] = static_cast<uint16_t>(blockAlpha);
             block.nextMove++;
         }
         mutex::releaseWithHandle(lock);
@@ -133,13 +133,13 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
         const int score = searchMove(node, child, move, depth, blockAlpha, blockAlpha + 1, inCheck, false, blockNumber);
         if (isAbort(score)) {
             mutex::waitWithHandle(lock);
-            block.moves[100 + index] = static_cast<uint16_t>(abandonedMark);
+            block.moves[moveScoreSlot + index] = static_cast<uint16_t>(abandonedMark);
             mutex::releaseWithHandle(lock);
             break;
         }
         if (score > blockAlpha) {
             mutex::waitWithHandle(lock);
-            block.moves[100 + index] = static_cast<uint16_t>(notSearchedMark);
+            block.moves[moveScoreSlot + index] = static_cast<uint16_t>(notSearchedMark);
             block.failHigh = 1;
             mutex::releaseWithHandle(lock);
             break;
@@ -155,7 +155,7 @@ int searchtree::alphaBetaMaster(int blockNumber, board& node, int depth, int alp
     int restCount = 0;
     bool researchFound = false;
     for (int i = 0; i < 100 && block.moves[i] != 0; i++) {
-        const int mark = static_cast<int16_t>(block.moves[100 + i]);
+        const int mark = static_cast<int16_t>(block.moves[moveScoreSlot + i]);
         if (i < block.nextMove && mark != notSearchedMark && mark != abandonedMark) continue;
         researchFound |= mark == notSearchedMark;
         rest.moves[restCount] = block.moves[i];
