@@ -7,6 +7,7 @@
 
 class killerMoveTable;
 class evalHashtable;
+struct evalInfo;
 
 enum pieceType : int { PAWN = 0, KNIGHT = 1, BISHOP = 2, ROOK = 3, QUEEN = 4, KING = 5, NOPIECE = 6 };
 enum colour : int { WHITE = 0, BLACK = 1 };
@@ -82,16 +83,13 @@ public:
     // position is clearly outside them.
     int evaluate(int alpha, int beta);
 
-    // Terms of the evaluation, from White's view. The attack-set array holds
-    // per colour the attacks of its pawns, knights, bishops, rooks and queens
-    // (slots PAWN..QUEEN) and the squares next to its king and in front of
-    // them (KING, KING_FRONT); evaluateRooks and evaluateQueens fill their own
-    // slots and add to the attack units against each king.
-    static constexpr int KING_FRONT = 6;
-    int evaluatePassedPawns(uint64_t passed, uint64_t attackedByBlack, uint64_t attackedByWhite) const;
-    int evaluateHiddenPassedPawns(uint64_t passed, uint64_t candidates) const;
-    int evaluateRooks(uint64_t (&attacks)[2][7], int& unitsAgainstWhite, int& unitsAgainstBlack) const;
-    int evaluateQueens(uint64_t (&attacks)[2][7], int& unitsAgainstWhite, int& unitsAgainstBlack) const;
+    // Terms of the evaluation, from White's view, reading and filling the
+    // evaluation's working state: evaluateRooks and evaluateQueens fill their
+    // own attack slots and add to the attack units against each king.
+    int evaluatePassedPawns(const evalInfo& info) const;
+    int evaluateHiddenPassedPawns(const evalInfo& info) const;
+    int evaluateRooks(evalInfo& info) const;
+    int evaluateQueens(evalInfo& info) const;
     // Can an enemy pawn attack the piece on square with its next move? side 1 = a White piece.
     bool drivenAwayByPawn(int square, int side) const;
     // Pawn shelter of a king standing or imagined on the square.
