@@ -1,8 +1,8 @@
 #include "search/killerMoveTable.h"
 
-#include "board/board.h"
-
 #include <cstring>
+
+#include "board/board.h"
 
 static constexpr int slotsPerTable = 2 * 50 * 2;
 
