@@ -7,12 +7,25 @@
 
 class killerMoveTable;
 class evalHashtable;
+struct evalInfo;
 
 enum pieceType : int { PAWN = 0, KNIGHT = 1, BISHOP = 2, ROOK = 3, QUEEN = 4, KING = 5, NOPIECE = 6 };
 enum colour : int { WHITE = 0, BLACK = 1 };
 
+// The side to move is +1 (White) or -1 (Black). Bitboards index by colour;
+// piece counts, killer tables and piece keys by sideIndex (White 1).
+inline int colourOf(int side) { return side == 1 ? WHITE : BLACK; }
+
+// Bits of board::castle.
+inline constexpr int whiteKingSide = 1, whiteQueenSide = 2, blackKingSide = 4, blackQueenSide = 8;
+inline constexpr int whiteCastling = whiteKingSide | whiteQueenSide, blackCastling = blackKingSide | blackQueenSide;
+
+// A mate now; the evaluation's window when no bound may cut it short.
+inline constexpr int mateScore = 16000;
+
 inline constexpr int nullMove = 0x41;
 inline constexpr int moveBufferSize = 200;  // moves in 0..99 ended by 0, their scores in 100..199
+inline constexpr int moveScoreSlot = 100;   // the score of move i is at moveScoreSlot + i
 inline constexpr int maxMovesPerList = 99;
 
 inline int moveFrom(int move) { return move & 63; }
@@ -36,7 +49,7 @@ public:
     uint8_t wKingSq;
     uint8_t bKingSq;
     int8_t enPassant;          // 0 when there is none
-    uint8_t castle;            // 1 K, 2 Q, 4 k, 8 q
+    uint8_t castle;            // whiteKingSide | whiteQueenSide | blackKingSide | blackQueenSide
     uint8_t spare;
     int8_t fiftyMoves;
     int32_t ply;
@@ -74,16 +87,13 @@ public:
     // position is clearly outside them.
     int evaluate(int alpha, int beta);
 
-    // Terms of the evaluation, from White's view. The attack-set array holds
-    // per colour the attacks of its pawns, knights, bishops, rooks and queens
-    // (slots PAWN..QUEEN) and the squares next to its king and in front of
-    // them (KING, KING_FRONT); evaluateRooks and evaluateQueens fill their own
-    // slots and add to the attack units against each king.
-    static constexpr int KING_FRONT = 6;
-    int evaluatePassedPawns(uint64_t passed, uint64_t attackedByBlack, uint64_t attackedByWhite) const;
-    int evaluateHiddenPassedPawns(uint64_t passed, uint64_t candidates) const;
-    int evaluateRooks(uint64_t (&attacks)[2][7], int& unitsAgainstWhite, int& unitsAgainstBlack) const;
-    int evaluateQueens(uint64_t (&attacks)[2][7], int& unitsAgainstWhite, int& unitsAgainstBlack) const;
+    // Terms of the evaluation, from White's view, reading and filling the
+    // evaluation's working state: evaluateRooks and evaluateQueens fill their
+    // own attack slots and add to the attack units against each king.
+    int evaluatePassedPawns(const evalInfo& info) const;
+    int evaluateHiddenPassedPawns(const evalInfo& info) const;
+    int evaluateRooks(evalInfo& info) const;
+    int evaluateQueens(evalInfo& info) const;
     // Can an enemy pawn attack the piece on square with its next move? side 1 = a White piece.
     bool drivenAwayByPawn(int square, int side) const;
     // Pawn shelter of a king standing or imagined on the square.
@@ -115,10 +125,15 @@ public:
         return bishopsQueens && (smg.bishopMoves(square, occupied) & bishopsQueens);
     }
     // Attacked by the opponent of side (+1/-1)?
-    bool underAttack(int square, int side) const { return attackedBy(square, side == 1 ? BLACK : WHITE); }
+    bool underAttack(int square, int side) const { return attackedBy(square, colourOf(-side)); }
     bool inCheck() const { return toMove == 1 ? attackedBy(wKingSq, BLACK) : attackedBy(bKingSq, WHITE); }
 
 private:
+    void removePiece(int type, int side, int square);
+    void placePiece(int type, int side, int square);
+    void shiftPiece(int type, int side, int from, int to);
+    void dropCastlingRights(int rights);
+    void rookOffCorner(int square, int rookSide);
     void computeKey();
     int scoreCapture(int move) const;
     int scoreNonCapture(int move) const;
@@ -132,5 +147,5 @@ void moveToText(int move, char* out, bool uci);
 void squareToText(int square, char* out);
 
 // Diminishing-gap exchange sort of a move buffer, descending by the signed
-// 16-bit keys at 100 + i, moves and keys swapped together.
+// 16-bit keys at moveScoreSlot + i, moves and keys swapped together.
 void sortMoves(uint16_t* buffer, int n);

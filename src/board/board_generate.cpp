@@ -50,7 +50,7 @@ struct moveWriter {
 
 // Its tie order is part of the engine's move order.
 void sortMoves(uint16_t* buffer, int n) {
-    int16_t* score = reinterpret_cast<int16_t*>(buffer + 100);
+    int16_t* score = reinterpret_cast<int16_t*>(buffer + moveScoreSlot);
     int gap = n;
     for (;;) {
         gap = (gap + 1) / 2;
@@ -136,11 +136,11 @@ int nonCaptureMoves(const board& b, uint16_t* buffer) {
                     [occupied](int from) { return board::smg.bishopMoves(from, occupied); });
 
     if constexpr (us == WHITE) {
-        if ((b.castle & 1) && !(b.occupied & 0x6ULL)) w.add(67);      // e1g1: g1, f1 empty
-        if ((b.castle & 2) && !(b.occupied & 0x70ULL)) w.add(323);    // e1c1: d1, c1, b1 empty
+        if ((b.castle & whiteKingSide) && !(b.occupied & 0x6ULL)) w.add(67);      // e1g1: g1, f1 empty
+        if ((b.castle & whiteQueenSide) && !(b.occupied & 0x70ULL)) w.add(323);    // e1c1: d1, c1, b1 empty
     } else {
-        if ((b.castle & 4) && !(b.occupied & (0x6ULL << 56))) w.add(3707);   // e8g8
-        if ((b.castle & 8) && !(b.occupied & (0x70ULL << 56))) w.add(3963);  // e8c8
+        if ((b.castle & blackKingSide) && !(b.occupied & (0x6ULL << 56))) w.add(3707);   // e8g8
+        if ((b.castle & blackQueenSide) && !(b.occupied & (0x70ULL << 56))) w.add(3963);  // e8c8
     }
     return w.count;
 }
@@ -152,14 +152,14 @@ int board::scoreCapture(int move) const {
     const int to = moveTo(move);
     const int captured = pieceValue[pieceOn[to]];
     const int attacker = pieceValue[pieceOn[moveFrom(move)]];
-    if (!attackedBy(to, toMove == 1 ? BLACK : WHITE)) return 28672 + captured / pawnDivisor();
+    if (!attackedBy(to, colourOf(-toMove))) return 28672 + captured / pawnDivisor();
     if (captured > attacker) return 28672 + (captured - attacker) / pawnDivisor();
     if (captured == attacker) return 20480;
     return 16384;
 }
 
 int board::scoreNonCapture(int move) const {
-    const int side = (toMove + 1) / 2;
+    const int side = sideIndex(toMove);
     const int killer = killers->getKillerMoveScore(move, ply, side);
     if (killer) return 8192 + killer;
     if (movePromotion(move)) return 0;
@@ -169,14 +169,14 @@ int board::scoreNonCapture(int move) const {
 void board::generateCaptureMoves(uint16_t* buffer) const {
     const int n = toMove == 1 ? captureMoves<WHITE>(*this, buffer) : captureMoves<BLACK>(*this, buffer);
     buffer[n] = 0;
-    for (int i = 0; i < n; i++) buffer[100 + i] = static_cast<uint16_t>(scoreCapture(buffer[i]));
+    for (int i = 0; i < n; i++) buffer[moveScoreSlot + i] = static_cast<uint16_t>(scoreCapture(buffer[i]));
     sortMoves(buffer, n);
 }
 
 void board::generateNonCaptureMoves(uint16_t* buffer) const {
     const int n = toMove == 1 ? nonCaptureMoves<WHITE>(*this, buffer) : nonCaptureMoves<BLACK>(*this, buffer);
     buffer[n] = 0;
-    for (int i = 0; i < n; i++) buffer[100 + i] = static_cast<uint16_t>(scoreNonCapture(buffer[i]));
+    for (int i = 0; i < n; i++) buffer[moveScoreSlot + i] = static_cast<uint16_t>(scoreNonCapture(buffer[i]));
     sortMoves(buffer, n);
 }
 

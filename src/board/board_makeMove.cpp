@@ -1,10 +1,79 @@
 #include <algorithm>
+#include <array>
 #include <cstdio>
 
 #include "board/board.h"
 
 namespace {
+
 constexpr uint8_t noRecapture = 0xFF;
+
+// The castling right a rook on its home corner stands for.
+constexpr std::array<uint8_t, 64> rookCornerRight = [] {
+    std::array<uint8_t, 64> rights{};
+    rights[0] = whiteKingSide;
+    rights[7] = whiteQueenSide;
+    rights[56] = blackKingSide;
+    rights[63] = blackQueenSide;
+    return rights;
+}();
+
+int castlingOf(int side) { return side == 1 ? whiteCastling : blackCastling; }
+
+}  // namespace
+
+// The piece helpers keep bitboards, occupancy, piece array, key, material and
+// counts together. Counts are kept for knight..queen only. side is +1 or -1.
+inline void board::removePiece(int type, int side, int square) {
+    const int colour = colourOf(side);
+    deleteBit(bb[type][colour], square);
+    deleteBit(bb[NOPIECE][colour], square);
+    deleteBit(occupied, square);
+    pieceOn[square] = NOPIECE;
+    zKeyset.addRemovePiece(boardKey, type, side, square);
+    (side == 1 ? wMat : bMat) -= pieceValue[type];
+    totalMat -= pieceValue[type];
+    lazy -= side * pieceValue[type];
+    if (type != PAWN && type != KING) pieceCount[sideIndex(side)][type]--;
+}
+
+inline void board::placePiece(int type, int side, int square) {
+    const int colour = colourOf(side);
+    addBit(bb[type][colour], square);
+    addBit(bb[NOPIECE][colour], square);
+    addBit(occupied, square);
+    pieceOn[square] = static_cast<int8_t>(type);
+    zKeyset.addRemovePiece(boardKey, type, side, square);
+    (side == 1 ? wMat : bMat) += pieceValue[type];
+    totalMat += pieceValue[type];
+    lazy += side * pieceValue[type];
+    if (type != PAWN && type != KING) pieceCount[sideIndex(side)][type]++;
+}
+
+inline void board::shiftPiece(int type, int side, int from, int to) {
+    const int colour = colourOf(side);
+    for (uint64_t* set : {&bb[type][colour], &bb[NOPIECE][colour], &occupied}) {
+        deleteBit(*set, from);
+        addBit(*set, to);
+    }
+    pieceOn[to] = static_cast<int8_t>(type);
+    pieceOn[from] = NOPIECE;
+    zKeyset.addRemovePiece(boardKey, type, side, from);
+    zKeyset.addRemovePiece(boardKey, type, side, to);
+}
+
+inline void board::dropCastlingRights(int rights) {
+    rights &= castle;
+    if (rights) {
+        zKeyset.updateCastle(boardKey, rights);
+        castle = static_cast<uint8_t>(castle & ~rights);
+    }
+}
+
+// A rook leaving or lost from its home corner takes that corner's right along;
+// a rook of the other colour standing there does not.
+inline void board::rookOffCorner(int square, int rookSide) {
+    dropCastlingRights(rookCornerRight[square] & castlingOf(rookSide));
 }
 
 void board::makeMove(int move) {
@@ -24,133 +93,56 @@ void board::makeMove(int move) {
     const int moving = pieceOn[from];
     const int captured = pieceOn[to];
     const int side = toMove;
-    const int us = side == 1 ? WHITE : BLACK, them = us ^ 1;
-    const int ourIndex = zorbicKeyset::colourIndex(side);
-    int32_t& ourMat = us == WHITE ? wMat : bMat;
-    int32_t& theirMat = us == WHITE ? bMat : wMat;
-
     nullMoves = 0;
-    pieceOn[to] = static_cast<int8_t>(moving);
-    pieceOn[from] = NOPIECE;
+
+    if (captured != NOPIECE) {
+        if (captured == ROOK) rookOffCorner(to, -side);
+        removePiece(captured, -side, to);
+    }
+
+    if (moving == PAWN && promo) {
+        removePiece(PAWN, side, from);
+        placePiece(promo, side, to);
+    } else {
+        shiftPiece(moving, side, from, to);
+    }
 
     switch (moving) {
     case PAWN: {
-        deleteBit(bb[PAWN][us], from);
-        if (promo) {
-            pieceOn[to] = static_cast<int8_t>(promo);
-            addBit(bb[promo][us], to);
-            const int gain = pieceValue[promo] - pieceValue[PAWN];
-            ourMat += gain;
-            totalMat += gain;
-            lazy += side * gain;
-            pieceCount[ourIndex][promo]++;
-        } else {
-            addBit(bb[PAWN][us], to);
-        }
         // Black's test alone guards against square 0; a white pawn never gets there.
         // (A board set up without a king can still move a pawn from the king's
         // stale square anywhere, so the victim is kept on the board.)
-        const int victim = us == WHITE ? to - 8 : to + 8;
-        const bool enPassantCapture = (us == WHITE ? to == enPassant : (enPassant != 0 && to == enPassant)) &&
+        const int victim = side == 1 ? to - 8 : to + 8;
+        const bool enPassantCapture = (side == 1 ? to == enPassant : (enPassant != 0 && to == enPassant)) &&
                                       victim >= 0 && victim < 64;
-        if (enPassantCapture) {
-            deleteBit(bb[PAWN][them], victim);
-            deleteBit(bb[NOPIECE][them], victim);
-            deleteBit(occupied, victim);
-            pieceOn[victim] = NOPIECE;
-            zKeyset.addRemovePiece(boardKey, PAWN, -side, victim);
-            theirMat -= pieceValue[PAWN];
-            totalMat -= pieceValue[PAWN];
-            lazy += side * pieceValue[PAWN];
-        }
+        if (enPassantCapture) removePiece(PAWN, -side, victim);
         break;
     }
-    case KNIGHT:
-    case BISHOP:
-    case QUEEN:
-        deleteBit(bb[moving][us], from);
-        addBit(bb[moving][us], to);
+    case ROOK:
+        rookOffCorner(from, side);
         break;
-    case ROOK: {
-        deleteBit(bb[ROOK][us], from);
-        addBit(bb[ROOK][us], to);
-        int right = 0;
-        if (us == WHITE) right = from == 0 ? 1 : from == 7 ? 2 : 0;
-        else right = from == 56 ? 4 : from == 63 ? 8 : 0;
-        if (right & castle) {
-            zKeyset.updateCastle(boardKey, right);
-            castle &= ~right;
+    case KING:
+        (side == 1 ? wKingSq : bKingSq) = static_cast<uint8_t>(to);
+        dropCastlingRights(castlingOf(side));
+        if (!(kingAttacks[from] >> to & 1)) {  // castling: the rook crosses over
+            if (side == 1) shiftPiece(ROOK, side, to == 1 ? 0 : 7, to == 1 ? 2 : 4);
+            else shiftPiece(ROOK, side, to == 57 ? 56 : 63, to == 57 ? 58 : 60);
         }
         break;
-    }
-    case KING: {
-        (us == WHITE ? wKingSq : bKingSq) = static_cast<uint8_t>(to);
-        deleteBit(bb[KING][us], from);
-        addBit(bb[KING][us], to);
-        const int ourRights = castle & (us == WHITE ? 3 : 12);
-        if (ourRights) {
-            zKeyset.updateCastle(boardKey, ourRights);
-            castle &= ~ourRights;
-        }
-        if (!(kingAttacks[from] >> to & 1)) {
-            int rookFrom, rookTo;
-            if (us == WHITE) {
-                rookFrom = to == 1 ? 0 : 7;
-                rookTo = to == 1 ? 2 : 4;
-            } else {
-                rookFrom = to == 57 ? 56 : 63;
-                rookTo = to == 57 ? 58 : 60;
-            }
-            for (uint64_t* set : {&bb[ROOK][us], &bb[NOPIECE][us], &occupied}) {
-                deleteBit(*set, rookFrom);
-                addBit(*set, rookTo);
-            }
-            pieceOn[rookFrom] = NOPIECE;
-            pieceOn[rookTo] = ROOK;
-            zKeyset.addRemovePiece(boardKey, ROOK, side, rookFrom);
-            zKeyset.addRemovePiece(boardKey, ROOK, side, rookTo);
-        }
-        break;
-    }
     default:
         break;
     }
 
-    if (captured != NOPIECE) {
-        deleteBit(bb[captured][them], to);
-        deleteBit(bb[NOPIECE][them], to);
-        if (captured == ROOK) {
-            int right = 0;
-            if (us == WHITE) right = to == 56 ? 4 : to == 63 ? 8 : 0;
-            else right = to == 0 ? 1 : to == 7 ? 2 : 0;
-            if (right & castle) {
-                zKeyset.updateCastle(boardKey, right);
-                castle &= ~right;
-            }
-        }
-        if (captured < KING) pieceCount[zorbicKeyset::colourIndex(-side)][captured]--;
-        zKeyset.addRemovePiece(boardKey, captured, -side, to);
-        theirMat -= pieceValue[captured];
-        totalMat -= pieceValue[captured];
-        lazy += side * pieceValue[captured];
-        if (captured == KING) {
-            char text[9];
-            moveToText(move, text);
-            printf(us == WHITE ? "\n king has been captured! Move=" : "\n king has been captured!\n");
-            printf("%s", text);
-            printBoard();
-        }
+    if (captured == KING) {
+        char text[9];
+        moveToText(move, text);
+        printf(side == 1 ? "\n king has been captured! Move=" : "\n king has been captured!\n");
+        printf("%s", text);
+        printBoard();
     }
-
-    deleteBit(bb[NOPIECE][us], from);
-    addBit(bb[NOPIECE][us], to);
-    deleteBit(occupied, from);
-    addBit(occupied, to);
 
     recaptureSq = pieceValue[captured] == pieceValue[moving] ? static_cast<uint8_t>(to) : noRecapture;
 
-    zKeyset.addRemovePiece(boardKey, moving, side, from);
-    zKeyset.addRemovePiece(boardKey, pieceOn[to], side, to);
     toMove = static_cast<int8_t>(-toMove);
     zKeyset.changeSides(boardKey);
     if (enPassant) {

@@ -27,7 +27,7 @@ void moveToText(int move, char* out, bool uci) {
 }
 
 bool board::isMoveIllegal(int move) const {
-    const int attacker = toMove == 1 ? WHITE : BLACK;
+    const int attacker = colourOf(toMove);
     const int kingSq = toMove == 1 ? bKingSq : wKingSq;
     if (attackedBy(kingSq, attacker)) return true;
     const int from = moveFrom(move), to = moveTo(move);
@@ -118,14 +118,14 @@ void board::printBoard() const {
     printf(toMove == 1 ? "\ntoMove=white" : "\ntoMove=black");
     if (castle) {
         printf("  castle=");
-        if (castle & 1) printf("K");
-        if (castle & 2) printf("Q");
-        if (castle & 4) printf("k");
-        if (castle & 8) printf("q");
+        if (castle & whiteKingSide) printf("K");
+        if (castle & whiteQueenSide) printf("Q");
+        if (castle & blackKingSide) printf("k");
+        if (castle & blackQueenSide) printf("q");
     }
     if (enPassant) printf("  enpassant=%c%d", 'h' - enPassant % 8, 1 + enPassant / 8);
     board copy = *this;
-    printf("  eval=%d", toMove * copy.evaluate(-16000, 16000));
+    printf("  eval=%d", toMove * copy.evaluate(-mateScore, mateScore));
     printf("  lazy=%d  wMat=%d  bMat=%d", lazy, wMat, bMat);
     printf("\nboardkey= %d", static_cast<int32_t>(static_cast<uint32_t>(boardKey)));
     char fen[100];

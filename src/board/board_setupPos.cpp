@@ -47,16 +47,16 @@ void board::setupPosition(const char* fen) {
     skipBlanks(p);
 
     castle = 0;
-    if (*p == 'K') { castle += 1; p++; }
-    if (*p == 'Q') { castle += 2; p++; }
-    if (*p == 'k') { castle += 4; p++; }
-    if (*p == 'q') { castle += 8; p++; }
+    if (*p == 'K') { castle += whiteKingSide; p++; }
+    if (*p == 'Q') { castle += whiteQueenSide; p++; }
+    if (*p == 'k') { castle += blackKingSide; p++; }
+    if (*p == 'q') { castle += blackQueenSide; p++; }
     // A right whose king or rook is off its square would castle a piece that is not there.
     const auto on = [&](int type, int side, int square) { return (bb[type][side] >> square & 1) != 0; };
-    if (!on(KING, WHITE, 3) || !on(ROOK, WHITE, 0)) castle &= ~1;
-    if (!on(KING, WHITE, 3) || !on(ROOK, WHITE, 7)) castle &= ~2;
-    if (!on(KING, BLACK, 59) || !on(ROOK, BLACK, 56)) castle &= ~4;
-    if (!on(KING, BLACK, 59) || !on(ROOK, BLACK, 63)) castle &= ~8;
+    if (!on(KING, WHITE, 3) || !on(ROOK, WHITE, 0)) castle &= ~whiteKingSide;
+    if (!on(KING, WHITE, 3) || !on(ROOK, WHITE, 7)) castle &= ~whiteQueenSide;
+    if (!on(KING, BLACK, 59) || !on(ROOK, BLACK, 56)) castle &= ~blackKingSide;
+    if (!on(KING, BLACK, 59) || !on(ROOK, BLACK, 63)) castle &= ~blackQueenSide;
     if (*p == '-') p++;
     skipBlanks(p);
 
@@ -103,7 +103,7 @@ void board::setupPosition(const char* fen) {
     positionalScore = 0;
     // Brings the evaluation's own fields up to date. The key is still the
     // previous position's, so a cache store lands under that key.
-    evaluate(-16000, 16000);
+    evaluate(-mateScore, mateScore);
 
     computeKey();
     for (int i = 0; i < 150; i++) keyHistory[i] = i;
@@ -153,10 +153,10 @@ void board::getFen(char* out) const {
     *out++ = toMove == 1 ? 'w' : 'b';
     *out++ = ' ';
     if (castle == 0) *out++ = '-';
-    if (castle & 1) *out++ = 'K';
-    if (castle & 2) *out++ = 'Q';
-    if (castle & 4) *out++ = 'k';
-    if (castle & 8) *out++ = 'q';
+    if (castle & whiteKingSide) *out++ = 'K';
+    if (castle & whiteQueenSide) *out++ = 'Q';
+    if (castle & blackKingSide) *out++ = 'k';
+    if (castle & blackQueenSide) *out++ = 'q';
     *out++ = ' ';
     if (enPassant) {
         squareToText(enPassant, out);

@@ -21,7 +21,7 @@ zorbicKeyset::zorbicKeyset() {
                 keys[type * 128 + colour * 64 + square] = getRandom64();
     keys[enPassantBase] = 0;
     keys[832] = 0;
-    keys[sideIndex] = getRandom64();
+    keys[sideToMoveBase] = getRandom64();
     uint64_t single[4];
     for (uint64_t& c : single) c = getRandom64();
     for (int rights = 0; rights < 16; rights++) {

@@ -2,6 +2,7 @@
 
 #include "board/board.h"
 #include "eval/evalHashtable.h"
+#include "eval/evalInfo.h"
 #include "eval/evalTables.h"
 #include "eval/evalWeights.h"
 
@@ -23,6 +24,8 @@ constexpr uint64_t centralOutposts = 0x0000003C3C000000ULL;  // c4-f4, c5-f5
 constexpr uint64_t whiteCentrePawns = 1ULL << 12 | 1ULL << 11;  // d2, e2
 constexpr uint64_t blackCentrePawns = 1ULL << 52 | 1ULL << 51;  // d7, e7
 
+// Every term below is from White's view.
+
 // Shift counts are tunable weights; keep them defined.
 int shiftDown(int value, int count) { return value >> std::clamp(count, 0, 31); }
 
@@ -41,30 +44,159 @@ bool castled(int king, uint64_t rooks, int home) {
     return false;
 }
 
+// Minor pieces still at home and kings not castled, while much material is on.
+int development(const board& b) {
+    if (b.totalMat <= 70 * pieceValue[PAWN]) return 0;
+    const uint64_t whiteMinors = b.bb[KNIGHT][WHITE] | b.bb[BISHOP][WHITE];
+    const uint64_t blackMinors = b.bb[KNIGHT][BLACK] | b.bb[BISHOP][BLACK];
+    int score = (countBits(whiteMinors & rank1) - countBits(blackMinors & rank8)) * developmentWeight;
+    if (!castled(b.wKingSq, b.bb[ROOK][WHITE], 0)) score += 3 * uncastledPenalty;
+    if (!castled(b.bKingSq, b.bb[ROOK][BLACK], 56)) score -= 3 * uncastledPenalty;
+    return score;
+}
+
+// Centre pawns on their start squares with a man in front.
+int blockedCentrePawns(const board& b) {
+    return countBits(b.bb[PAWN][WHITE] & whiteCentrePawns & b.occupied >> 8) * blockedCentrePawnPenalty -
+           countBits(b.bb[PAWN][BLACK] & blackCentrePawns & b.occupied << 8) * blockedCentrePawnPenalty;
+}
+
 int minorDeficit(int queens, int rooks, int weight) { return ((9 - queens - rooks) * weight) / 9; }
+
+// Minor pieces against heavy ones. The heavy pieces counted are those of the
+// side short of minors.
+int minorImbalance(const board& b) {
+    const int8_t* whiteCount = b.pieceCount[sideIndex(1)];
+    const int8_t* blackCount = b.pieceCount[sideIndex(-1)];
+    const int whiteQueens = whiteCount[QUEEN], whiteRooks = whiteCount[ROOK];
+    const int blackQueens = blackCount[QUEEN], blackRooks = blackCount[ROOK];
+    switch (whiteCount[KNIGHT] + whiteCount[BISHOP] - blackCount[KNIGHT] - blackCount[BISHOP] + 3) {
+    case 3:
+        if (whiteQueens == blackQueens && whiteRooks != blackRooks) return (whiteRooks - blackRooks) * rookImbalanceWeight;
+        break;
+    case 2:
+        if (!(blackQueens < whiteQueens || blackRooks < whiteRooks || !b.bb[PAWN][BLACK]))
+            return -minorDeficit(whiteQueens, whiteRooks, minorDeficitWeight);
+        break;
+    case 1:
+        if (!(blackQueens < whiteQueens || blackRooks + 1 < whiteRooks))
+            return -minorDeficit(whiteQueens, whiteRooks, minorDeficitWeight);
+        break;
+    case 0:
+        if ((whiteQueens <= blackQueens + 1 && whiteRooks == blackRooks) ||
+            (whiteQueens == blackQueens && whiteRooks <= blackRooks + 2))
+            return -minorDeficit(whiteQueens, whiteRooks, minorDeficitWeight3);
+        break;
+    case 4:
+        if (!(whiteQueens < blackQueens || whiteRooks < blackRooks || !b.bb[PAWN][WHITE]))
+            return minorDeficit(blackQueens, blackRooks, minorDeficitWeight);
+        break;
+    case 5:
+        if (!(whiteQueens < blackQueens || whiteRooks + 1 < blackRooks))
+            return minorDeficit(blackQueens, blackRooks, minorDeficitWeight);
+        break;
+    case 6:
+        if ((blackQueens <= whiteQueens + 1 && blackRooks == whiteRooks) ||
+            (blackQueens == whiteQueens && blackRooks <= whiteRooks + 2))
+            return minorDeficit(blackQueens, blackRooks, minorDeficitWeight3);
+        break;
+    default:
+        break;
+    }
+    return 0;
+}
+
+// With castling rights held, the better of the two castled shelters counts.
+// Keeps each side's shelter for the king danger.
+int kingShelter(const board& b, evalInfo& info) {
+    const int total = b.totalMat;
+    if (total <= 60 * pieceValue[PAWN]) return 0;
+    const int divisor = nonZero(maxMaterial - shelterBase);
+    const int castle = b.castle;
+    int score = 0;
+    int& white = info.shelter[WHITE];
+    if (castle & whiteCastling) {
+        white = std::max(castle & whiteKingSide ? b.calculatePStructW(1) : 0,
+                         castle & whiteQueenSide ? b.calculatePStructW(6) : 0);
+        score += ((white * (total - shelterBase) * kingShelterWeight * 2) / 3) / divisor;
+    } else {
+        white = b.calculatePStructW(b.wKingSq);
+        score += ((total - shelterBase) * white * kingShelterWeight) / divisor;
+    }
+    int& black = info.shelter[BLACK];
+    if (castle & blackCastling) {
+        black = std::max(castle & blackKingSide ? b.calculatePStructB(57) : 0,
+                         castle & blackQueenSide ? b.calculatePStructB(62) : 0);
+        score -= ((black * (total - shelterBase) * kingShelterWeight * 2) / 3) / divisor;
+    } else {
+        black = b.calculatePStructB(b.bKingSq);
+        score -= ((total - shelterBase) * black * kingShelterWeight) / divisor;
+    }
+    return score;
+}
+
+// Knights alone are poor at holding pawns on both wings.
+int knightsOnly(const board& b) {
+    const uint64_t pawns = b.bb[PAWN][WHITE] | b.bb[PAWN][BLACK];
+    if (b.totalMat > 40 * pieceValue[PAWN] || !(pawns & filesAB) || !(pawns & filesGH)) return 0;
+    const int8_t* whiteCount = b.pieceCount[sideIndex(1)];
+    const int8_t* blackCount = b.pieceCount[sideIndex(-1)];
+    int score = 0;
+    if (!whiteCount[BISHOP] && !whiteCount[ROOK] && !whiteCount[QUEEN]) score += 4 * knightOnlyPenalty;
+    if (!blackCount[BISHOP] && !blackCount[ROOK] && !blackCount[QUEEN]) score -= 4 * knightOnlyPenalty;
+    return score;
+}
+
+void findPawnAttacks(const board& b, evalInfo& info) {
+    const uint64_t whitePawns = b.bb[PAWN][WHITE], blackPawns = b.bb[PAWN][BLACK];
+    const uint64_t whiteLeft = (whitePawns & ~fileA) << 9, whiteRight = (whitePawns & ~fileH) << 7;
+    const uint64_t blackLeft = (blackPawns & ~fileH) >> 9, blackRight = (blackPawns & ~fileA) >> 7;
+    info.attacks[WHITE][PAWN] = whiteLeft | whiteRight;
+    info.attacks[BLACK][PAWN] = blackLeft | blackRight;
+    info.pawnControl[WHITE] = ((whiteLeft | whiteRight) & ~(blackLeft & blackRight)) | (whiteLeft & whiteRight);
+    info.pawnControl[BLACK] = ((blackLeft | blackRight) & ~(whiteLeft & whiteRight)) | (blackLeft & blackRight);
+}
+
+void findKingZones(const board& b, evalInfo& info) {
+    const int white = b.wKingSq, black = b.bKingSq;
+    info.attacks[WHITE][KING] = kingAttacks[white];
+    info.attacks[BLACK][KING] = kingAttacks[black];
+    info.attacks[WHITE][evalInfo::KING_FRONT] = (((kingAttacks[white] | 1ULL << white) & rankOf(white)) << 8) << 8;
+    info.attacks[BLACK][evalInfo::KING_FRONT] = (((kingAttacks[black] | 1ULL << black) & rankOf(black)) >> 8) >> 8;
+}
 
 // Pawns that are undefended, cannot advance to a square their side controls,
 // and cannot be defended by a neighbour stepping up safely.
 template <int us>
-uint64_t backwardPawns(uint64_t own, uint64_t enemy, uint64_t ownControl, uint64_t enemyControl) {
+uint64_t backwardPawns(const board& b, const evalInfo& info) {
+    constexpr int them = us ^ 1;
     constexpr uint64_t startRank = us == WHITE ? rank2 : rank7;
+    const uint64_t own = b.bb[PAWN][us], enemy = b.bb[PAWN][them];
+    const uint64_t ownControl = info.pawnControl[us], enemyControl = info.pawnControl[them];
     const uint64_t doubleStep =
         startRank & ~backward<us>(enemy) & ~backward<us>(backward<us>(enemy)) & backward<us>(backward<us>(ownControl));
     const uint64_t rescuable = pawnAttackSet<us>(forward<us>(own) & ~enemyControl);
     return own & ~pawnAttackSet<us>(own) & ~backward<us>(ownControl) & ~doubleStep & ~rescuable;
 }
 
-int backwardScore(uint64_t pawns, uint64_t enemyPawns, int total, int startTotal) {
-    const int divisor = nonZero(startTotal);
+template <int us>
+int backwardScore(const board& b, const evalInfo& info) {
+    const uint64_t pawns = backwardPawns<us>(b, info), enemyPawns = b.bb[PAWN][us ^ 1];
+    const int total = b.totalMat, divisor = nonZero(maxMaterial);
     return (countBits(pawns) * total * backwardPawnWeight) / divisor +
            (countBits(pawns & ~filesOf(enemyPawns)) * total * backwardOpenFileWeight) / divisor +
            (countBits(pawns & centreFiles) * total * backwardCentreWeight) / divisor;
 }
 
+int backwardPawnTerm(const board& b, const evalInfo& info) {
+    if (b.totalMat <= 20 * pieceValue[PAWN]) return 0;
+    return backwardScore<WHITE>(b, info) - backwardScore<BLACK>(b, info);
+}
+
 // Table values, doubled and isolated pawns; collects the passed pawns and the
-// candidates. White's view.
+// candidates.
 template <int us>
-int pawnWalk(const board& b, uint64_t& passed, uint64_t& candidates) {
+int pawnWalk(const board& b, evalInfo& info) {
     constexpr int them = us ^ 1, sign = us == WHITE ? 1 : -1;
     const uint64_t own = b.bb[PAWN][us], enemy = b.bb[PAWN][them];
     int score = 0;
@@ -77,27 +209,51 @@ int pawnWalk(const board& b, uint64_t& passed, uint64_t& candidates) {
         if (enemy & frontFile[us][square]) continue;
         const uint64_t stoppers = enemy & frontSides[us][square];
         const bool advanced = us == WHITE ? square / 8 >= 3 : square / 8 <= 4;
-        if (!stoppers) addBit(passed, square);
-        else if (countBits(stoppers) == 1 && (own & pawnSupport[us][square]) && advanced) addBit(candidates, square);
+        if (!stoppers) addBit(info.passed, square);
+        else if (countBits(stoppers) == 1 && (own & pawnSupport[us][square]) && advanced) addBit(info.candidates, square);
     }
     return score;
 }
 
-// Knights and bishops of one side, White's view; fills the side's knight and
-// bishop attack slots and adds the attack units against the enemy king.
+// The middlegame table while material is on; in the endgame the king's
+// distance to the centre or to the only pawn wing.
+int kingPlacement(const board& b) {
+    const int wKingSq = b.wKingSq, bKingSq = b.bKingSq;
+    if (b.totalMat > 40 * pieceValue[PAWN]) return pieceSquare[WHITE][KING][wKingSq] + pieceSquare[BLACK][KING][bKingSq];
+    const uint64_t pawns = b.bb[PAWN][WHITE] | b.bb[PAWN][BLACK];
+    const int rook = pieceValue[ROOK];
+    int score = 0;
+    if (b.wMat < rook && rook <= b.bMat) score += kingCentreWeight * kingCentre[wKingSq];
+    // The else arms hang on this second test alone, so a White king short
+    // of a rook's worth gets the wing or centre term as well.
+    if (b.bMat < rook && rook <= b.wMat) {
+        score -= kingCentreWeight * kingCentre[bKingSq];
+    } else if (!(pawns & kingSide) || !(pawns & queenSide)) {
+        const uint64_t wing = pawns & kingSide ? kingSide : queenSide;  // no pawns: files a-d
+        if (wing >> wKingSq & 1) score += kingPawnWingBonus;
+        if (wing >> bKingSq & 1) score -= kingPawnWingBonus;
+    } else {
+        score += (kingCentre[wKingSq] - kingCentre[bKingSq]) * kingCentreWeight;
+    }
+    return score;
+}
+
+// Knights and bishops of one side; fills the side's knight and bishop attack
+// slots and adds the attack units against the enemy king.
 template <int us>
-int minorPieces(const board& b, uint64_t (&attacks)[2][7], uint64_t enemyControl, int& units) {
+int minorPieces(const board& b, evalInfo& info) {
     constexpr int them = us ^ 1, sign = us == WHITE ? 1 : -1;
     const int pawn = pieceValue[PAWN], total = b.totalMat;
     const int enemyKing = us == WHITE ? b.bKingSq : b.wKingSq;
     const uint64_t ownPawns = b.bb[PAWN][us], enemyPawns = b.bb[PAWN][them];
     const uint64_t ownMen = b.bb[NOPIECE][us], enemyMen = b.bb[NOPIECE][them];
+    int& units = info.unitsAgainstKing[them];
     int score = 0;
 
     for (uint64_t set = b.bb[KNIGHT][us]; set;) {
         const int square = findFirstBit(set);
         deleteBit(set, square);
-        attacks[us][KNIGHT] |= knightAttacks[square];
+        info.attacks[us][KNIGHT] |= knightAttacks[square];
         int reach = tropism(KNIGHT, distance[square][enemyKing]);
         if (reach < knightTropismMin && (knightAttacks[square] & knightAttacks[enemyKing])) reach = knightTropismMin;
         units += reach;
@@ -115,16 +271,16 @@ int minorPieces(const board& b, uint64_t (&attacks)[2][7], uint64_t enemyControl
     }
 
     // Pawns that cannot step forward safely.
-    const uint64_t stuckPawns = ownPawns & backward<us>(b.occupied | enemyControl);
+    const uint64_t stuckPawns = ownPawns & backward<us>(b.occupied | info.pawnControl[them]);
     for (uint64_t set = b.bb[BISHOP][us]; set;) {
         const int square = findFirstBit(set);
         deleteBit(set, square);
         const uint64_t reach = b.smg.bishopMoves(square, b.occupied);
-        attacks[us][BISHOP] |= reach;
+        info.attacks[us][BISHOP] |= reach;
         int kingUnits = tropism(BISHOP, distance[square][enemyKing]);
         if (reach & kingAttacks[enemyKing]) kingUnits = std::max(kingUnits, tropism(BISHOP, 1));
         const uint64_t kingLines = diagonalA[enemyKing] | diagonalB[enemyKing];
-        if (kingUnits < bishopKingLineUnits && (reach & kingLines & ~attacks[them][PAWN] & ~enemyMen))
+        if (kingUnits < bishopKingLineUnits && (reach & kingLines & ~info.attacks[them][PAWN] & ~enemyMen))
             kingUnits = bishopKingLineUnits;
         units += kingUnits;
         score += pieceSquare[us][BISHOP][square];
@@ -143,17 +299,27 @@ int minorPieces(const board& b, uint64_t (&attacks)[2][7], uint64_t enemyControl
     return score;
 }
 
+int bishopPair(const board& b) {
+    const int white = b.pieceCount[sideIndex(1)][BISHOP], black = b.pieceCount[sideIndex(-1)][BISHOP];
+    if (white == black) return 0;
+    if (white == 2) return bishopPairBonus;
+    if (black == 2) return -bishopPairBonus;
+    return 0;
+}
+
 // Grows each king's reachable area in turns, the side to move first. A side
 // widens only from squares the other has not claimed, that enemy pawns, knights
 // and bishops do not attack and that hold none of its own men but the king.
-int kingRace(const board& b, const uint64_t (&attacks)[2][7]) {
+// Counts the enemy pawns only one king reaches.
+int kingRace(const board& b, const evalInfo& info) {
+    const uint64_t(&attacks)[2][7] = info.attacks;
     uint64_t area[2] = {1ULL << b.wKingSq, 1ULL << b.bKingSq};
     uint64_t barred[2];
     for (int side = WHITE; side <= BLACK; side++)
         barred[side] = attacks[side ^ 1][PAWN] | attacks[side ^ 1][KNIGHT] | attacks[side ^ 1][BISHOP] |
                        (b.bb[NOPIECE][side] & ~b.bb[KING][side]);
     bool finished[2] = {false, false};
-    for (int side = b.toMove == 1 ? WHITE : BLACK; !finished[WHITE] || !finished[BLACK]; side ^= 1) {
+    for (int side = colourOf(b.toMove); !finished[WHITE] || !finished[BLACK]; side ^= 1) {
         if (finished[side]) continue;
         uint64_t from = area[side] & ~area[side ^ 1] & ~barred[side];
         from |= ((from & ~fileA) << 1) | ((from & ~fileH) >> 1);
@@ -163,6 +329,35 @@ int kingRace(const board& b, const uint64_t (&attacks)[2][7]) {
     }
     return countBits(b.bb[PAWN][BLACK] & area[WHITE] & ~area[BLACK]) -
            countBits(b.bb[PAWN][WHITE] & area[BLACK] & ~area[WHITE]);
+}
+
+int passedRace(const board& b, const evalInfo& info) {
+    const int pawn = pieceValue[PAWN], total = b.totalMat;
+    if (total >= 40 * pawn) return 0;
+    return ((50 * pawn - total) * kingRace(b, info) * passedRaceWeight) / nonZero(50 * pawn);
+}
+
+// The attack units and the shelter's gaps through the danger curve, eased
+// as the attacker's heavy pieces go.
+int kingDanger(const board& b, const evalInfo& info) {
+    const int8_t* whiteCount = b.pieceCount[sideIndex(1)];
+    const int8_t* blackCount = b.pieceCount[sideIndex(-1)];
+    const int whiteShelter = info.shelter[WHITE], blackShelter = info.shelter[BLACK];
+    int againstWhite = dangerPenalty(info.unitsAgainstKing[WHITE] + ((9 - whiteShelter) * shelterDangerWeight) / 9);
+    int againstBlack = dangerPenalty(info.unitsAgainstKing[BLACK] + ((9 - blackShelter) * shelterDangerWeight) / 9);
+    if (!blackCount[QUEEN]) {
+        againstWhite = shiftDown(againstWhite, noQueenShift);
+        if (!blackCount[ROOK]) againstWhite = shiftDown(shiftDown(againstWhite, noRookShift1), noRookShift2);
+    }
+    if (!whiteCount[QUEEN]) {
+        againstBlack = shiftDown(againstBlack, noQueenShift);
+        if (!whiteCount[ROOK]) {
+            againstBlack = shiftDown(againstBlack, noRookShift1);
+            // Only against Black does the last shift also need the attacker's bishops gone.
+            if (!whiteCount[BISHOP]) againstBlack = shiftDown(againstBlack, noRookShift2);
+        }
+    }
+    return againstWhite - againstBlack;
 }
 
 }  // namespace
@@ -182,167 +377,28 @@ int board::evaluate(int alpha, int beta) {
         if (cached != evalHashtable::missValue) return fiftyMoveScaled(cached) * side;
     }
 
-    const int pawn = pieceValue[PAWN], total = totalMat, startTotal = maxMaterial;
-    const int8_t* whiteCount = pieceCount[1];
-    const int8_t* blackCount = pieceCount[0];
-    const uint64_t whitePawns = bb[PAWN][WHITE], blackPawns = bb[PAWN][BLACK], pawns = whitePawns | blackPawns;
+    evalInfo info;
     int score = lazy;
-
-    if (total > 70 * pawn) {
-        const uint64_t whiteMinors = bb[KNIGHT][WHITE] | bb[BISHOP][WHITE];
-        const uint64_t blackMinors = bb[KNIGHT][BLACK] | bb[BISHOP][BLACK];
-        score += (countBits(whiteMinors & rank1) - countBits(blackMinors & rank8)) * developmentWeight;
-        if (!castled(wKingSq, bb[ROOK][WHITE], 0)) score += 3 * uncastledPenalty;
-        if (!castled(bKingSq, bb[ROOK][BLACK], 56)) score -= 3 * uncastledPenalty;
-    }
-
-    score += countBits(whitePawns & whiteCentrePawns & occupied >> 8) * blockedCentrePawnPenalty;
-    score -= countBits(blackPawns & blackCentrePawns & occupied << 8) * blockedCentrePawnPenalty;
-
-    {
-        const int whiteQueens = whiteCount[QUEEN], whiteRooks = whiteCount[ROOK];
-        const int blackQueens = blackCount[QUEEN], blackRooks = blackCount[ROOK];
-        // The heavy pieces counted are those of the side short of minors.
-        switch (whiteCount[KNIGHT] + whiteCount[BISHOP] - blackCount[KNIGHT] - blackCount[BISHOP] + 3) {
-        case 3:
-            if (whiteQueens == blackQueens && whiteRooks != blackRooks)
-                score += (whiteRooks - blackRooks) * rookImbalanceWeight;
-            break;
-        case 2:
-            if (!(blackQueens < whiteQueens || blackRooks < whiteRooks || !blackPawns))
-                score -= minorDeficit(whiteQueens, whiteRooks, minorDeficitWeight);
-            break;
-        case 1:
-            if (!(blackQueens < whiteQueens || blackRooks + 1 < whiteRooks))
-                score -= minorDeficit(whiteQueens, whiteRooks, minorDeficitWeight);
-            break;
-        case 0:
-            if ((whiteQueens <= blackQueens + 1 && whiteRooks == blackRooks) ||
-                (whiteQueens == blackQueens && whiteRooks <= blackRooks + 2))
-                score -= minorDeficit(whiteQueens, whiteRooks, minorDeficitWeight3);
-            break;
-        case 4:
-            if (!(whiteQueens < blackQueens || whiteRooks < blackRooks || !whitePawns))
-                score += minorDeficit(blackQueens, blackRooks, minorDeficitWeight);
-            break;
-        case 5:
-            if (!(whiteQueens < blackQueens || whiteRooks + 1 < blackRooks))
-                score += minorDeficit(blackQueens, blackRooks, minorDeficitWeight);
-            break;
-        case 6:
-            if ((blackQueens <= whiteQueens + 1 && blackRooks == whiteRooks) ||
-                (blackQueens == whiteQueens && blackRooks <= whiteRooks + 2))
-                score += minorDeficit(blackQueens, blackRooks, minorDeficitWeight3);
-            break;
-        default:
-            break;
-        }
-    }
-
-    // With castling rights held, the better of the two castled shelters counts.
-    int whiteShelter = 0, blackShelter = 0;
-    if (total > 60 * pawn) {
-        const int divisor = nonZero(startTotal - shelterBase);
-        if (castle & 3) {
-            whiteShelter = std::max(castle & 1 ? calculatePStructW(1) : 0, castle & 2 ? calculatePStructW(6) : 0);
-            score += ((whiteShelter * (total - shelterBase) * kingShelterWeight * 2) / 3) / divisor;
-        } else {
-            whiteShelter = calculatePStructW(wKingSq);
-            score += ((total - shelterBase) * whiteShelter * kingShelterWeight) / divisor;
-        }
-        if (castle & 12) {
-            blackShelter = std::max(castle & 4 ? calculatePStructB(57) : 0, castle & 8 ? calculatePStructB(62) : 0);
-            score -= ((blackShelter * (total - shelterBase) * kingShelterWeight * 2) / 3) / divisor;
-        } else {
-            blackShelter = calculatePStructB(bKingSq);
-            score -= ((total - shelterBase) * blackShelter * kingShelterWeight) / divisor;
-        }
-    }
-
-    if (total <= 40 * pawn && (pawns & filesAB) && (pawns & filesGH)) {
-        if (!whiteCount[BISHOP] && !whiteCount[ROOK] && !whiteCount[QUEEN]) score += 4 * knightOnlyPenalty;
-        if (!blackCount[BISHOP] && !blackCount[ROOK] && !blackCount[QUEEN]) score -= 4 * knightOnlyPenalty;
-    }
-
-    // Squares a side's pawns control: attacked by one of them and not by two
-    // enemy pawns, or attacked by two of them.
-    const uint64_t whiteLeft = (whitePawns & ~fileA) << 9, whiteRight = (whitePawns & ~fileH) << 7;
-    const uint64_t blackLeft = (blackPawns & ~fileH) >> 9, blackRight = (blackPawns & ~fileA) >> 7;
-    const uint64_t whiteControl = ((whiteLeft | whiteRight) & ~(blackLeft & blackRight)) | (whiteLeft & whiteRight);
-    const uint64_t blackControl = ((blackLeft | blackRight) & ~(whiteLeft & whiteRight)) | (blackLeft & blackRight);
-    if (total > 20 * pawn) {
-        score += backwardScore(backwardPawns<WHITE>(whitePawns, blackPawns, whiteControl, blackControl), blackPawns,
-                               total, startTotal);
-        score -= backwardScore(backwardPawns<BLACK>(blackPawns, whitePawns, blackControl, whiteControl), whitePawns,
-                               total, startTotal);
-    }
-
-    uint64_t passed = 0, candidates = 0;
-    score += pawnWalk<WHITE>(*this, passed, candidates);
-    score += pawnWalk<BLACK>(*this, passed, candidates);
-
-    if (total > 40 * pawn) {
-        score += pieceSquare[WHITE][KING][wKingSq] + pieceSquare[BLACK][KING][bKingSq];
-    } else {
-        const int rook = pieceValue[ROOK];
-        if (wMat < rook && rook <= bMat) score += kingCentreWeight * kingCentre[wKingSq];
-        // The else arms hang on this second test alone, so a White king short
-        // of a rook's worth gets the wing or centre term as well.
-        if (bMat < rook && rook <= wMat) {
-            score -= kingCentreWeight * kingCentre[bKingSq];
-        } else if (!(pawns & kingSide) || !(pawns & queenSide)) {
-            const uint64_t wing = pawns & kingSide ? kingSide : queenSide;  // no pawns: files a-d
-            if (wing >> wKingSq & 1) score += kingPawnWingBonus;
-            if (wing >> bKingSq & 1) score -= kingPawnWingBonus;
-        } else {
-            score += (kingCentre[wKingSq] - kingCentre[bKingSq]) * kingCentreWeight;
-        }
-    }
-
-    uint64_t attacks[2][7] = {};
-    attacks[WHITE][PAWN] = whiteLeft | whiteRight;
-    attacks[BLACK][PAWN] = blackLeft | blackRight;
-    attacks[WHITE][KING] = kingAttacks[wKingSq];
-    attacks[BLACK][KING] = kingAttacks[bKingSq];
-    attacks[WHITE][KING_FRONT] = (((kingAttacks[wKingSq] | 1ULL << wKingSq) & rankOf(wKingSq)) << 8) << 8;
-    attacks[BLACK][KING_FRONT] = (((kingAttacks[bKingSq] | 1ULL << bKingSq) & rankOf(bKingSq)) >> 8) >> 8;
-    int unitsAgainstWhite = 0, unitsAgainstBlack = 0;
-    score += minorPieces<WHITE>(*this, attacks, blackControl, unitsAgainstBlack);
-    score += minorPieces<BLACK>(*this, attacks, whiteControl, unitsAgainstWhite);
-    if (whiteCount[BISHOP] != blackCount[BISHOP]) {
-        if (whiteCount[BISHOP] == 2) score += bishopPairBonus;
-        else if (blackCount[BISHOP] == 2) score -= bishopPairBonus;
-    }
-
-    if (bb[ROOK][WHITE] | bb[ROOK][BLACK]) score += evaluateRooks(attacks, unitsAgainstWhite, unitsAgainstBlack);
-    if (bb[QUEEN][WHITE] | bb[QUEEN][BLACK]) score += evaluateQueens(attacks, unitsAgainstWhite, unitsAgainstBlack);
-
-    if (total < 40 * pawn) score += ((50 * pawn - total) * kingRace(*this, attacks) * passedRaceWeight) / nonZero(50 * pawn);
-
-    int againstWhite = dangerPenalty(unitsAgainstWhite + ((9 - whiteShelter) * shelterDangerWeight) / 9);
-    int againstBlack = dangerPenalty(unitsAgainstBlack + ((9 - blackShelter) * shelterDangerWeight) / 9);
-    if (!blackCount[QUEEN]) {
-        againstWhite = shiftDown(againstWhite, noQueenShift);
-        if (!blackCount[ROOK]) againstWhite = shiftDown(shiftDown(againstWhite, noRookShift1), noRookShift2);
-    }
-    if (!whiteCount[QUEEN]) {
-        againstBlack = shiftDown(againstBlack, noQueenShift);
-        if (!whiteCount[ROOK]) {
-            againstBlack = shiftDown(againstBlack, noRookShift1);
-            // Only against Black does the last shift also need the attacker's bishops gone.
-            if (!whiteCount[BISHOP]) againstBlack = shiftDown(againstBlack, noRookShift2);
-        }
-    }
-    score += againstWhite - againstBlack;
-
-    if (passed) {
-        const uint64_t byBlack = attacks[BLACK][PAWN] | attacks[BLACK][KNIGHT] | attacks[BLACK][BISHOP] |
-                                 attacks[BLACK][ROOK] | attacks[BLACK][QUEEN] | attacks[BLACK][KING];
-        const uint64_t byWhite = attacks[WHITE][PAWN] | attacks[WHITE][KNIGHT] | attacks[WHITE][BISHOP] |
-                                 attacks[WHITE][ROOK] | attacks[WHITE][QUEEN] | attacks[WHITE][KING];
-        score += evaluatePassedPawns(passed, byBlack, byWhite);
-    }
-    if (candidates) score += evaluateHiddenPassedPawns(passed, candidates);
+    score += development(*this);
+    score += blockedCentrePawns(*this);
+    score += minorImbalance(*this);
+    score += kingShelter(*this, info);
+    score += knightsOnly(*this);
+    findPawnAttacks(*this, info);
+    score += backwardPawnTerm(*this, info);
+    score += pawnWalk<WHITE>(*this, info);
+    score += pawnWalk<BLACK>(*this, info);
+    score += kingPlacement(*this);
+    findKingZones(*this, info);
+    score += minorPieces<WHITE>(*this, info);
+    score += minorPieces<BLACK>(*this, info);
+    score += bishopPair(*this);
+    if (bb[ROOK][WHITE] | bb[ROOK][BLACK]) score += evaluateRooks(info);
+    if (bb[QUEEN][WHITE] | bb[QUEEN][BLACK]) score += evaluateQueens(info);
+    score += passedRace(*this, info);
+    score += kingDanger(*this, info);
+    if (info.passed) score += evaluatePassedPawns(info);
+    if (info.candidates) score += evaluateHiddenPassedPawns(info);
 
     lastPositionalScore = positionalScore = score - lazy;
     if (evalCache) evalCache->store(cacheKey, score);

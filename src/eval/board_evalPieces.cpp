@@ -2,6 +2,7 @@
 #include <cstdint>
 
 #include "board/board.h"
+#include "eval/evalInfo.h"
 #include "eval/evalTables.h"
 #include "eval/evalWeights.h"
 
@@ -75,13 +76,15 @@ int candidateScore(const board& b, uint64_t passed, uint64_t candidates) {
 }
 
 template <int us>
-int rookScore(const board& b, uint64_t (&attacks)[2][7], int& units) {
+int rookScore(const board& b, evalInfo& info) {
     constexpr int them = us ^ 1, sign = us == WHITE ? 1 : -1;
+    uint64_t(&attacks)[2][7] = info.attacks;
+    int& units = info.unitsAgainstKing[them];
     constexpr uint64_t seventh = us == WHITE ? rank7 : rank2;
     const int enemyKing = us == WHITE ? b.bKingSq : b.wKingSq;
     const bool kingOnBackRank = enemyKing / 8 == (us == WHITE ? 7 : 0);
     const uint64_t heavy = b.bb[ROOK][us] | b.bb[QUEEN][us];
-    const uint64_t kingZone = attacks[them][KING] | attacks[them][board::KING_FRONT];
+    const uint64_t kingZone = attacks[them][KING] | attacks[them][evalInfo::KING_FRONT];
     const uint64_t guarded = attacks[them][PAWN] | attacks[them][KNIGHT] | attacks[them][BISHOP];
     int score = 0;
     for (uint64_t set = b.bb[ROOK][us]; set;) {
@@ -116,13 +119,15 @@ int rookScore(const board& b, uint64_t (&attacks)[2][7], int& units) {
 }
 
 template <int us>
-int queenScore(const board& b, uint64_t (&attacks)[2][7], int& units) {
+int queenScore(const board& b, evalInfo& info) {
     constexpr int them = us ^ 1, sign = us == WHITE ? 1 : -1;
+    uint64_t(&attacks)[2][7] = info.attacks;
+    int& units = info.unitsAgainstKing[them];
     constexpr uint64_t homeRank = us == WHITE ? rank1 : rank8;
     constexpr uint64_t homeSquare = us == WHITE ? 1ULL << 4 : 1ULL << 60;  // d1, d8
     const int pawn = pieceValue[PAWN], total = b.totalMat;
     const int enemyKing = us == WHITE ? b.bKingSq : b.wKingSq;
-    const uint64_t kingZone = attacks[them][KING] | attacks[them][board::KING_FRONT];
+    const uint64_t kingZone = attacks[them][KING] | attacks[them][evalInfo::KING_FRONT];
     const uint64_t guarded = attacks[them][PAWN] | attacks[them][KNIGHT] | attacks[them][BISHOP] | attacks[them][ROOK];
     const uint64_t minorsAtHome = (b.bb[KNIGHT][us] | b.bb[BISHOP][us]) & homeRank;
     const bool enemyHasQueen = b.pieceCount[us == WHITE ? 0 : 1][QUEEN];
@@ -161,25 +166,34 @@ int shelter(const board& b, int king) {
     return (pawns & fileA) && (pawns & fileB) ? value : value / 2;
 }
 
+// Every square a side attacks.
+uint64_t allAttacks(const evalInfo& info, int side) {
+    const uint64_t(&attacks)[7] = info.attacks[side];
+    return attacks[PAWN] | attacks[KNIGHT] | attacks[BISHOP] | attacks[ROOK] | attacks[QUEEN] | attacks[KING];
+}
+
 }  // namespace
 
-int board::evaluatePassedPawns(uint64_t passed, uint64_t attackedByBlack, uint64_t attackedByWhite) const {
-    const int whitePart = passedPawnPart<WHITE>(*this, passed, attackedByBlack);
-    const int blackPart = passedPawnPart<BLACK>(*this, passed, attackedByWhite);
+int board::evaluatePassedPawns(const evalInfo& info) const {
+    const int whitePart = passedPawnPart<WHITE>(*this, info.passed, allAttacks(info, BLACK));
+    const int blackPart = passedPawnPart<BLACK>(*this, info.passed, allAttacks(info, WHITE));
     const int doubleStart = 2 * maxMaterial;
     return static_cast<int>(static_cast<int64_t>(whitePart - blackPart) * (doubleStart - totalMat) / nonZero(doubleStart));
 }
 
-int board::evaluateHiddenPassedPawns(uint64_t passed, uint64_t candidates) const {
-    return candidateScore<WHITE>(*this, passed, candidates) - candidateScore<BLACK>(*this, passed, candidates);
+int board::evaluateHiddenPassedPawns(const evalInfo& info) const {
+    return candidateScore<WHITE>(*this, info.passed, info.candidates) -
+           candidateScore<BLACK>(*this, info.passed, info.candidates);
 }
 
-int board::evaluateRooks(uint64_t (&attacks)[2][7], int& unitsAgainstWhite, int& unitsAgainstBlack) const {
-    return rookScore<WHITE>(*this, attacks, unitsAgainstBlack) + rookScore<BLACK>(*this, attacks, unitsAgainstWhite);
+int board::evaluateRooks(evalInfo& info) const {
+    const int white = rookScore<WHITE>(*this, info);
+    return white + rookScore<BLACK>(*this, info);
 }
 
-int board::evaluateQueens(uint64_t (&attacks)[2][7], int& unitsAgainstWhite, int& unitsAgainstBlack) const {
-    return queenScore<WHITE>(*this, attacks, unitsAgainstBlack) + queenScore<BLACK>(*this, attacks, unitsAgainstWhite);
+int board::evaluateQueens(evalInfo& info) const {
+    const int white = queenScore<WHITE>(*this, info);
+    return white + queenScore<BLACK>(*this, info);
 }
 
 bool board::drivenAwayByPawn(int square, int side) const {

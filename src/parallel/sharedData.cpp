@@ -9,14 +9,14 @@ int splitBlock::takeMove(namedMutex& lock, int& index) {
     index = nextMove;
     if (index >= 100) return 0;
     const int move = moves[index];
-    moves[100 + index] = static_cast<uint16_t>(alpha);
+    moves[moveScoreSlot + index] = static_cast<uint16_t>(alpha);
     if (move != 0) nextMove++;
     return move;
 }
 
 void splitBlock::markResult(namedMutex& lock, int index, int mark) {
     lockGuard held(lock);
-    moves[100 + index] = static_cast<uint16_t>(mark);
+    moves[moveScoreSlot + index] = static_cast<uint16_t>(mark);
     if (mark == notSearchedMark) failHigh = 1;
 }
 

@@ -18,7 +18,6 @@ public:
     static constexpr uint64_t indexMask = 0x3FFFFF;
     static constexpr uint64_t moveClearMask = ~uint64_t{0xFFFF};
     static constexpr int missValue = 16310;
-    static constexpr int mateScore = 16000;
     static constexpr int upperBound = 0;
     static constexpr int lowerBound = 1;
     static constexpr int exactBound = 2;

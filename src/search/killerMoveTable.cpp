@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "board/board.h"
+
 static constexpr int slotsPerTable = 2 * 50 * 2;
 
 uint16_t killerMoveTable::readSlot(int flatIndex) const {
@@ -30,7 +32,7 @@ void killerMoveTable::resetKillers() {
         for (int ply = 0; ply < 50; ply++)
             for (int slot = 0; slot < 2; slot++) {
                 killers[side][ply][slot] = 0;
-                killerScores[side][ply][slot] = -16000;
+                killerScores[side][ply][slot] = -mateScore;
             }
 }
 

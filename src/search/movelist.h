@@ -12,8 +12,8 @@ class movelist {
 public:
     uint16_t moves[moveBufferSize];
 
-    int score(int i) const { return static_cast<int16_t>(moves[100 + i]); }
-    void setScore(int i, int value) { moves[100 + i] = static_cast<uint16_t>(value); }
+    int score(int i) const { return static_cast<int16_t>(moves[moveScoreSlot + i]); }
+    void setScore(int i, int value) { moves[moveScoreSlot + i] = static_cast<uint16_t>(value); }
 
     // Best move first, earlier leaders behind it, the rest in their old order;
     // the scores become the sort keys and position 0 gets the best score.

@@ -6,7 +6,6 @@
 #include "search/hashtable.h"
 #include "search/movelist.h"
 
-inline constexpr int mateScore = 16000;
 inline constexpr int timeUpScore = -16300;
 inline constexpr int blockStoppedScore = 16302;
 inline constexpr int stalemateSentinel = 195;

@@ -9,12 +9,12 @@ namespace {
 // A table move is taken only if it moves a piece of the side to move onto a
 // square without one: a colliding key must not feed makeMove a wild move.
 inline bool plausibleMove(const board& b, int move) {
-    const int us = b.toMove == 1 ? WHITE : BLACK;
+    const int us = colourOf(b.toMove);
     return move != 0 && (b.bb[NOPIECE][us] >> moveFrom(move) & 1) && !(b.bb[NOPIECE][us] >> moveTo(move) & 1);
 }
 
 inline bool hasPieces(const board& b) {
-    const int8_t* count = b.pieceCount[(b.toMove + 1) / 2];
+    const int8_t* count = b.pieceCount[sideIndex(b.toMove)];
     return count[KNIGHT] + count[BISHOP] + count[ROOK] + count[QUEEN] > 0;
 }
 
@@ -39,7 +39,7 @@ int searchtree::searchMove(const board& node, board& child, int move, int depth,
 
     const int reduction = shared->enable_LMP && depth >= 2 && !givesCheck && !inCheck &&
                           node.pieceOn[moveTo(move)] == NOPIECE &&
-                          shared->killers.getKillerMoveScore(move, node.ply, (node.toMove + 1) / 2) == 0;
+                          shared->killers.getKillerMoveScore(move, node.ply, sideIndex(node.toMove)) == 0;
     int score = -alphaBeta(move, child, depth + extension - 1 - reduction, -alpha - 1, -alpha, sbNum);
     if (isAbort(score)) return score;
     if (reduction && score > alpha) {
@@ -52,7 +52,7 @@ int searchtree::searchMove(const board& node, board& child, int move, int depth,
 
 bool searchtree::takeScore(const board& node, int move, int depth, int score, int& alpha, int beta, int& bestMove,
                            int& bound, int& result) {
-    const int side = (node.toMove + 1) / 2;
+    const int side = sideIndex(node.toMove);
     if (isAbort(score)) {
         result = -score;
         return true;

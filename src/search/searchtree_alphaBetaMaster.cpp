@@ -23,7 +23,7 @@ void searchtree::searchBlockMoves(int b, const board& node, int depth, int alpha
     splitBlock& block = shared->splitBlocks[b];
     namedMutex& lock = process->splitBlockMutex[b];
     const bool inCheck = node.inCheck();
-    const int side = (node.toMove + 1) / 2;
+    const int side = sideIndex(node.toMove);
     int index;
     for (int move = block.takeMove(lock, index); move != 0; move = block.takeMove(lock, index)) {
         if (rootFrom >= 0) announceRootMove(rootFrom + index);
@@ -215,7 +215,7 @@ int searchtree::alphaBetaMaster(int blockNumber, int lastMove, board& node, int 
     uint16_t researches[maxMovesPerList];
     int researchCount = 0, restCount = 0;
     for (int i = 0; i < 100 && block.moves[i] != 0; i++) {
-        const int mark = static_cast<int16_t>(block.moves[100 + i]);
+        const int mark = static_cast<int16_t>(block.moves[moveScoreSlot + i]);
         if (i >= block.nextMove || mark == abandonedMark) picker.list.moves[restCount++] = block.moves[i];
         else if (mark == notSearchedMark) researches[researchCount++] = block.moves[i];
     }
@@ -250,7 +250,7 @@ int searchtree::searchRootMovesTogether(const board& root, int depth, int from, 
     int placed = 0, finishedCount = 0;
     for (int kind : {finished, beatBest, unfinished}) {
         for (int i = 0; from + i < rootMoveCount; i++) {
-            const int mark = static_cast<int16_t>(block.moves[100 + i]);
+            const int mark = static_cast<int16_t>(block.moves[moveScoreSlot + i]);
             const int found = i >= block.nextMove || mark == abandonedMark ? unfinished
                               : mark == notSearchedMark                    ? beatBest
                                                                            : finished;

@@ -8,7 +8,7 @@ int searchtree::quiescence(int, board& b, int alpha, int beta) {
 
     uint16_t list[moveBufferSize];
     b.generateCaptureMoves(list);
-    const int them = b.toMove == 1 ? BLACK : WHITE;
+    const int them = colourOf(-b.toMove);
     const int pawn = pieceValue[PAWN] ? pieceValue[PAWN] : 1;
     int n = 0;
     for (; list[n] != 0; n++) {
@@ -21,10 +21,10 @@ int searchtree::quiescence(int, board& b, int alpha, int beta) {
         else if (victim > attacker) key = 28672 + (victim - attacker) / pawn;
         else if (victim == attacker) key = 20480;
         else key = -1;
-        list[100 + n] = static_cast<uint16_t>(static_cast<int16_t>(key));
+        list[moveScoreSlot + n] = static_cast<uint16_t>(static_cast<int16_t>(key));
     }
     // The terminator sorts with key 0, so losing captures (key -1) end up behind it.
-    list[100 + n] = 0;
+    list[moveScoreSlot + n] = 0;
     sortMoves(list, n + 1);
 
     for (int i = 0; list[i] != 0; i++) {

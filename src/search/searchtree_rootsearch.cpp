@@ -48,7 +48,7 @@ void searchtree::printThinking(const board& position, int firstMove, char* out, 
         append(out, size, "%s ", text);
         b.makeMove(move);
         move = static_cast<uint16_t>(table->probeBestMove(b.boardKey));
-        const int us = b.toMove == 1 ? WHITE : BLACK;
+        const int us = colourOf(b.toMove);
         if (move != 0 && !(b.bb[NOPIECE][us] >> moveFrom(move) & 1)) break;
     }
     append(out, size, "%s", "\n");
@@ -96,7 +96,7 @@ int searchtree::rootSearch(const board& position) {
 
     const bool uci = shared->outputMode != 1;
     const bool post = shared->postFlag != 0;
-    int previous = root.evaluate(-16000, 16000);
+    int previous = root.evaluate(-mateScore, mateScore);
     int bestMove = rootList.moves[0];
     int movesSearched = 0;
     bool onlyFirstMove = false;
@@ -112,7 +112,7 @@ int searchtree::rootSearch(const board& position) {
         if (!isAbort(score) && (score >= previous + 100 || score <= previous - 100)) {
             child = root;
             child.makeMove(first);
-            score = -alphaBeta(first, child, d, -16000, 16000, 0);
+            score = -alphaBeta(first, child, d, -mateScore, mateScore, 0);
         }
         if (shared->processCount > 0) {
             lockGuard mt(mutex::mt);
@@ -146,7 +146,7 @@ int searchtree::rootSearch(const board& position) {
             if (!isAbort(score) && score > best) {
                 child = root;
                 child.makeMove(move);
-                score = -alphaBeta(move, child, d, -16000, 16000, 0);
+                score = -alphaBeta(move, child, d, -mateScore, mateScore, 0);
             }
             if (isAbort(score)) {
                 rootList.setScore(i, abandonedMark);
