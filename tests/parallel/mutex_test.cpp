@@ -92,9 +92,10 @@ TEST(NamedObjects, OpenerWaitsUntilTheMutexesExist) {
     int status = 0;
     std::thread creator([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        // The opener's second open must find its mutex however late this thread runs.
         namedMutex io, mt;
-        io.create(("/handleMutex_IO_" + instance).c_str());
         mt.create(("/handleMutex_MT_" + instance).c_str());
+        io.create(("/handleMutex_IO_" + instance).c_str());
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
     });
     const std::string text = inChild([&] { mutex::init(instance.c_str(), true, 20); }, &status);
