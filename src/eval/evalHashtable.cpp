@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "parallel/console.h"
-#include "shell/settingsFile.h"
+#include "platform/console.h"
+#include "settings/settingsFile.h"
 
 int32_t evalHashtable::entriesForSize(int sizeSetting) {
     // Mapping sizes travel as 32 bits: a setting that would make 4096 MB or

@@ -2,7 +2,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "parallel/namedMapping.h"
+#include "platform/namedMapping.h"
 
 // The evaluation cache: one 64-bit word per slot in a named shared mapping,
 // used by every engine process without locks. A word holds the key's upper

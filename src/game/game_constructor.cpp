@@ -8,9 +8,9 @@
 
 #include "eval/evalWeightsFile.h"
 #include "game/game.h"
-#include "parallel/console.h"
-#include "parallel/processLauncher.h"
-#include "shell/settingsFile.h"
+#include "platform/console.h"
+#include "platform/processLauncher.h"
+#include "settings/settingsFile.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "parallel/console.h"
+#include "platform/console.h"
 
 int splitBlock::takeMove(namedMutex& lock, int& index) {
     lockGuard held(lock);

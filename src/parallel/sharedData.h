@@ -7,9 +7,9 @@
 #include "eval/evalWeights.h"
 #include "game/chessclock.h"
 #include "game/timer.h"
-#include "parallel/mutex.h"
-#include "parallel/namedMapping.h"
-#include "search/killerMoveTable.h"
+#include "platform/mutex.h"
+#include "platform/namedMapping.h"
+#include "board/killerMoveTable.h"
 #include "search/movelist.h"
 
 inline constexpr int maxProcesses = 10;

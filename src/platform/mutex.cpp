@@ -1,6 +1,6 @@
-#include "parallel/mutex.h"
+#include "platform/mutex.h"
 
-#include "parallel/console.h"
+#include "platform/console.h"
 
 #include <cerrno>
 #include <cstdio>

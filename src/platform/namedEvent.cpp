@@ -1,4 +1,4 @@
-#include "parallel/namedEvent.h"
+#include "platform/namedEvent.h"
 
 #include <sched.h>
 

@@ -1,4 +1,4 @@
-#include "parallel/namedMapping.h"
+#include "platform/namedMapping.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -1,4 +1,4 @@
-#include "parallel/processLauncher.h"
+#include "platform/processLauncher.h"
 
 #include <signal.h>
 #include <spawn.h>
@@ -12,8 +12,8 @@
 #include <cstdlib>
 #include <thread>
 
-#include "parallel/console.h"
-#include "parallel/instance.h"
+#include "platform/console.h"
+#include "platform/instance.h"
 #include "parallel/sharedData.h"
 
 extern char** environ;

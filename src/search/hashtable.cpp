@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "parallel/console.h"
-#include "shell/settingsFile.h"
+#include "platform/console.h"
+#include "settings/settingsFile.h"
 
 int32_t hashtable::entriesForSize(int sizeMB) {
     // The mapping size travels as 32 bits, so 4096 MB and more would wrap to

@@ -2,7 +2,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "parallel/namedMapping.h"
+#include "platform/namedMapping.h"
 
 // The transposition table: one flat array of 16-byte entries in a named
 // shared mapping, read and written by every engine process without locks.

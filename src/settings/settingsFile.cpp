@@ -1,4 +1,4 @@
-#include "shell/settingsFile.h"
+#include "settings/settingsFile.h"
 
 #include <algorithm>
 #include <cctype>
@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <strings.h>
 
-#include "parallel/console.h"
+#include "platform/console.h"
 #include "parallel/sharedData.h"
 
 const char* settingsValue(const char* piece, const char* key) {

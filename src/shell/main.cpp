@@ -2,13 +2,13 @@
 #include <cstring>
 
 #include "game/game.h"
-#include "parallel/instance.h"
-#include "parallel/mutex.h"
-#include "parallel/processLauncher.h"
+#include "platform/instance.h"
+#include "platform/mutex.h"
+#include "platform/processLauncher.h"
 #include "parallel/searchProcess.h"
 #include "search/searchtree.h"
 #include "shell/protocols.h"
-#include "shell/settingsFile.h"
+#include "settings/settingsFile.h"
 
 namespace {
 

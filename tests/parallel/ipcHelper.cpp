@@ -9,11 +9,11 @@
 #include <iostream>
 #include <string>
 
-#include "parallel/instance.h"
-#include "parallel/mutex.h"
-#include "parallel/namedEvent.h"
+#include "platform/instance.h"
+#include "platform/mutex.h"
+#include "platform/namedEvent.h"
 #include "eval/evalHashtable.h"
-#include "parallel/processLauncher.h"
+#include "platform/processLauncher.h"
 #include "parallel/searchProcess.h"
 #include "search/hashtable.h"
 #include "parallel/sharedData.h"
