@@ -1,6 +1,9 @@
 #pragma once
+#include <cstdint>
 
-struct sharedData;
+// The search process and the slaves: the shared record holds the state of
+// this many processes, no more.
+inline constexpr int maxProcesses = 10;
 
 // Starts this program again with the role argument ("0" search process,
 // "1".."9" slaves). Returns the child's id, or -1 after printing why.
@@ -11,10 +14,18 @@ int startRoleProcess(int role);
 void dieWithParent();
 
 // Starts the processes of roles 0..count-1 and waits until each has opened
-// every shared object (or has died, or 10 s have passed); then the names are
-// removed, so nothing of the engine can outlive its last process. The ids of
-// the started processes go into pids; returns how many started.
-int startRoleProcesses(int count, sharedData* shared, int* pids);
+// every shared object (readyCount, which each raises, reaches their number),
+// has died, or 10 s have passed; then the names are removed, so nothing of
+// the engine can outlive its last process. Returns how many started; their
+// ids are kept for the calls below.
+int startRoleProcesses(int count, int32_t* readyCount);
 
 // A role process that has opened every object it needs says so.
-void announceReady(sharedData* shared);
+void announceReady(int32_t* readyCount);
+
+// False once the search process (role 0) has ended or never started.
+bool searchProcessAlive();
+// For a search process that hangs.
+void killSearchProcess();
+// Waits at most boundMs for the started processes to end, reaping them.
+void reapRoleProcesses(int boundMs);

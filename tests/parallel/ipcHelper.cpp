@@ -34,7 +34,7 @@ static int roleProcess(int role) {
     searchProcess process(instanceName(), role, shared.data->processCount, true, role != 0);
     namedEvent start;
     openStartEvent(start, true);
-    announceReady(shared.data);
+    announceReady(&shared.data->processesReady);
     while (shared.data->runFlag) start.wait(1000);
     return 0;
 }
@@ -49,8 +49,7 @@ static int engineProcess(int roles) {
     hashtable table(instanceName());
     namedEvent start;
     openStartEvent(start, false);
-    int pids[maxProcesses];
-    startRoleProcesses(roles, shared.data, pids);
+    startRoleProcesses(roles, &shared.data->processesReady);
     printf("ready %s\n", instanceName());
     fflush(stdout);
     std::string line;
