@@ -9,10 +9,9 @@
 #include "game/timer.h"
 #include "platform/mutex.h"
 #include "platform/namedMapping.h"
+#include "platform/processLauncher.h"
 #include "board/killerMoveTable.h"
-#include "search/movelist.h"
 
-inline constexpr int maxProcesses = 10;
 inline constexpr int splitBlockCount = 100;
 inline constexpr int freeSplitBlock = 9999;
 
