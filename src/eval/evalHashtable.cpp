@@ -8,19 +8,11 @@ int32_t evalHashtable::entriesForSize(int sizeSetting) {
     return tableEntriesForSize(sizeSetting, 8, defaultEntryCount);
 }
 
-evalHashtable::evalHashtable(const char* instance, bool openInstead) {
-    int sizeSetting = 0;
-    const int32_t count =
-        readHashSizeSetting(settingsFileName, sizeSetting) ? entriesForSize(sizeSetting) : defaultEntryCount;
-    setUp(instance, count, openInstead);
-}
+evalHashtable::evalHashtable(const char* instance, bool openInstead)
+    : evalHashtable(instance, readHashSizeSetting(settingsFileName), openInstead) {}
 
 evalHashtable::evalHashtable(const char* instance, int sizeSetting, bool openInstead) {
-    setUp(instance, entriesForSize(sizeSetting), openInstead);
-}
-
-void evalHashtable::setUp(const char* instance, int32_t count, bool openInstead) {
-    entryCount = count;
+    entryCount = entriesForSize(sizeSetting);
     entries = static_cast<uint64_t*>(mapping.mapTable("sharedEvalHashtable", instance, entryCount, 8, openInstead));
 }
 

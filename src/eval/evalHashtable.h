@@ -52,7 +52,4 @@ public:
         std::atomic_ref<uint64_t>(entries[index(key)])
             .store((key & keyMask) | (static_cast<uint64_t>(score) & 0xFFFF), std::memory_order_relaxed);
     }
-
-private:
-    void setUp(const char* instance, int32_t count, bool openInstead);
 };

@@ -6,18 +6,11 @@
 
 int32_t hashtable::entriesForSize(int sizeMB) { return tableEntriesForSize(sizeMB, 16, defaultEntryCount); }
 
-hashtable::hashtable(const char* instance, bool openInstead) {
-    int sizeMB = 0;
-    const int32_t count = readHashSizeSetting(settingsFileName, sizeMB) ? entriesForSize(sizeMB) : defaultEntryCount;
-    setUp(instance, count, openInstead);
-}
+hashtable::hashtable(const char* instance, bool openInstead)
+    : hashtable(instance, readHashSizeSetting(settingsFileName), openInstead) {}
 
 hashtable::hashtable(const char* instance, int sizeMB, bool openInstead) {
-    setUp(instance, entriesForSize(sizeMB), openInstead);
-}
-
-void hashtable::setUp(const char* instance, int32_t count, bool openInstead) {
-    entryCount = count;
+    entryCount = entriesForSize(sizeMB);
     entries = static_cast<uint64_t*>(mapping.mapTable("sharedHashtable", instance, entryCount, 16, openInstead));
     if (entries == nullptr) return;
     reset();

@@ -61,6 +61,21 @@ struct echoedKey {
     int settings::*field;
 };
 
+// Reads piece into the field of the key it starts with, parsed by parse and
+// echoed; false when it starts with none of keys.
+template <class settings, std::size_t count>
+static bool readEchoedKey(const char* piece, const echoedKey<settings> (&keys)[count], settings& values, bool echo,
+                          int (*parse)(const char*)) {
+    for (const echoedKey<settings>& key : keys) {
+        if (const char* value = settingsValue(piece, key.key)) {
+            values.*key.field = parse(value);
+            if (echo) printInfo(key.echoFormat, values.*key.field);
+            return true;
+        }
+    }
+    return false;
+}
+
 void readPieceValueSettings(const char* fileName, pieceValueSettings& values) {
     static constexpr echoedKey<pieceValueSettings> pieceKeys[] = {
         {"pref:VALPAWN=", "   VALPAWN:  %d\n", &pieceValueSettings::pawn},
@@ -71,14 +86,7 @@ void readPieceValueSettings(const char* fileName, pieceValueSettings& values) {
     };
     bool echo = false;
     readSettingsLines(fileName, [&](const char* piece) {
-        if (readEchoSwitch(piece, echo)) return;
-        for (const echoedKey<pieceValueSettings>& pieceKey : pieceKeys) {
-            if (const char* value = settingsValue(piece, pieceKey.key)) {
-                values.*pieceKey.field = settingsDouble(value);
-                if (echo) printInfo(pieceKey.echoFormat, values.*pieceKey.field);
-                return;
-            }
-        }
+        if (!readEchoSwitch(piece, echo)) readEchoedKey(piece, pieceKeys, values, echo, settingsDouble);
     });
 }
 
@@ -192,13 +200,7 @@ void readGameSettings(const char* fileName, gameSettings& settings) {
             if (echo) printInfo("   moveOverhead:      %d\n", settings.moveOverheadMs);
             return;
         }
-        for (const echoedKey<gameSettings>& flag : flagKeys) {
-            if ((value = settingsValue(piece, flag.key)) != nullptr) {
-                settings.*flag.field = settingsInt(value);
-                if (echo) printInfo(flag.echoFormat, settings.*flag.field);
-                return;
-            }
-        }
+        readEchoedKey(piece, flagKeys, settings, echo, settingsInt);
     });
     printInfo("Using %d processor%s\n", settings.processCount - 1, settings.processCount > 2 ? "s" : "");
 }
