@@ -5,49 +5,48 @@
 #   tools/check-layers.sh [SRC_DIR]
 set -euo pipefail
 src=${1:-"$(dirname "$0")/../src"}
-layers=(shell game tune search parallel book egtb eval board settings platform)
+layers="shell game tune search parallel book egtb eval board settings platform"
 
-# The upward includes that stand for now, each with its reason:
-allowed=(
-    # the board builds the evaluation's tables the first time one is made
-    "board/board_constructor.cpp eval/evalTables.h"
-    # the shared record holds the clocks and the search timer by value
-    "parallel/sharedData.h game/chessclock.h"
-    "parallel/sharedData.h game/timer.h"
-    # a searching process owns its transposition table
-    "parallel/searchProcess.h search/hashtable.h"
-    # a slave searches the moves of a split block with its tree
-    "parallel/searchProcess_slave.cpp search/searchtree.h"
-    # the tuner times its runs
-    "tune/tuner.cpp game/timer.h"
-)
+# The upward includes that stand for now, each with its reason.
+allowed="
+board/board_constructor.cpp eval/evalTables.h        the board builds the evaluation's tables the first time one is made
+parallel/sharedData.h game/chessclock.h              the shared record holds the clocks by value
+parallel/sharedData.h game/timer.h                   and the search timer
+parallel/searchProcess.h search/hashtable.h          a searching process owns its transposition table
+parallel/searchProcess_slave.cpp search/searchtree.h a slave searches the moves of a split block with its tree
+tune/tuner.cpp game/timer.h                          the tuner times its runs
+"
 
-rank() {
-    for i in "${!layers[@]}"; do
-        if [[ ${layers[$i]} == "$1" ]]; then echo "$i"; return; fi
-    done
-    echo -1
-}
-
-failures=0
-while IFS= read -r line; do
-    file=${line%%:*}
-    file=${file#"$src"/}
-    header=$(sed -E 's/.*#include "([^"]*)".*/\1/' <<<"${line#*:}")
-    [[ $header == */* ]] || continue
-    from=$(rank "${file%%/*}")
-    to=$(rank "${header%%/*}")
-    if ((from < 0 || to < 0)); then
-        echo "unknown folder: $file includes $header"
-        failures=$((failures + 1))
-    elif ((to < from)) && [[ ! " ${allowed[*]/%/;} " == *" $file $header;"* ]]; then
-        echo "upward include: $file includes $header"
-        failures=$((failures + 1))
-    fi
-done < <(grep -rE '^#include "' --include='*.h' --include='*.cpp' "$src")
-
-if ((failures > 0)); then
-    echo "$failures include(s) break the layers (${layers[*]})"
-    exit 1
-fi
-echo "layers hold: ${layers[*]}"
+cd "$src"
+grep -rE '^#include "[^"]*/' --include='*.h' --include='*.cpp' . |
+    awk -v layers="$layers" -v allowed="$allowed" '
+    BEGIN {
+        n = split(layers, names, " ")
+        for (i = 1; i <= n; i++) rank[names[i]] = i
+        lines = split(allowed, entries, "\n")
+        for (i = 1; i <= lines; i++) {
+            split(entries[i], fields, " ")
+            if (fields[2] != "") exception[fields[1] " " fields[2]] = 1
+        }
+    }
+    {
+        file = substr($0, 3, index($0, ":") - 3)
+        match($0, /"[^"]*"/)
+        header = substr($0, RSTART + 1, RLENGTH - 2)
+        from = substr(file, 1, index(file, "/") - 1)
+        to = substr(header, 1, index(header, "/") - 1)
+        if (!(from in rank) || !(to in rank)) {
+            print "unknown folder: " file " includes " header
+            failures++
+        } else if (rank[to] < rank[from] && !((file " " header) in exception)) {
+            print "upward include: " file " includes " header
+            failures++
+        }
+    }
+    END {
+        if (failures) {
+            print failures " include(s) break the layers (" layers ")"
+            exit 1
+        }
+        print "layers hold: " layers
+    }'
