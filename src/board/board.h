@@ -26,6 +26,9 @@ inline constexpr int mateScore = 16000;
 inline constexpr int nullMove = 0x41;
 inline constexpr int moveBufferSize = 200;  // moves in 0..99 ended by 0, their scores in 100..199
 inline constexpr int moveScoreSlot = 100;   // the score of move i is at moveScoreSlot + i
+// Scores a search writes for moves it has no value for.
+inline constexpr int notSearchedMark = -16301;
+inline constexpr int abandonedMark = -16302;
 inline constexpr int maxMovesPerList = 99;
 
 inline int moveFrom(int move) { return move & 63; }

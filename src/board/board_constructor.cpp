@@ -3,8 +3,8 @@
 
 #include "board/board.h"
 #include "eval/evalTables.h"
-#include "search/killerMoveTable.h"
-#include "shell/settingsFile.h"
+#include "board/killerMoveTable.h"
+#include "settings/settingsFile.h"
 
 int32_t lastBit[65536];
 int32_t bitCount[65536];

@@ -1,7 +1,7 @@
 #include <utility>
 
 #include "board/board.h"
-#include "search/killerMoveTable.h"
+#include "board/killerMoveTable.h"
 
 namespace {
 

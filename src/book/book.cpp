@@ -7,7 +7,7 @@
 #include "board/board.h"
 #include "book/ctgBook.h"
 #include "book/polyglotBook.h"
-#include "parallel/console.h"
+#include "platform/console.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <strings.h>
 
-#include "parallel/console.h"
+#include "platform/console.h"
 
 namespace {
 

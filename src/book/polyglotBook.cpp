@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "parallel/console.h"
+#include "platform/console.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "board/board.h"
-#include "parallel/console.h"
+#include "platform/console.h"
 
 int tablebaseScore(int t, int toMove) {
     if (t > 0) return 2 * t - 49534;

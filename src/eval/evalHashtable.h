@@ -2,7 +2,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "parallel/namedMapping.h"
+#include "platform/namedMapping.h"
 
 // The evaluation cache: one 64-bit word per slot in a named shared mapping,
 // used by every engine process without locks. A word holds the key's upper
@@ -52,7 +52,4 @@ public:
         std::atomic_ref<uint64_t>(entries[index(key)])
             .store((key & keyMask) | (static_cast<uint64_t>(score) & 0xFFFF), std::memory_order_relaxed);
     }
-
-private:
-    void setUp(const char* instance, int32_t count, bool openInstead);
 };

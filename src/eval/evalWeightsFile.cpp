@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "parallel/console.h"
-#include "shell/settingsFile.h"
+#include "platform/console.h"
+#include "settings/settingsFile.h"
 
 bool writeEvalWeightsFile(const char* path, const evalWeightList& values) {
     FILE* file = std::fopen(path, "w");

@@ -6,8 +6,8 @@
 #include <random>
 
 #include "game/timer.h"
-#include "parallel/console.h"
-#include "parallel/mutex.h"
+#include "platform/console.h"
+#include "platform/mutex.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include "board/board.h"
 #include "book/book.h"
 #include "eval/evalHashtable.h"
-#include "parallel/mutex.h"
-#include "parallel/namedEvent.h"
+#include "platform/mutex.h"
+#include "platform/namedEvent.h"
 #include "parallel/sharedData.h"
 #include "search/hashtable.h"
 

@@ -3,7 +3,7 @@
 
 #include "game/game.h"
 #include "game/timer.h"
-#include "parallel/console.h"
+#include "platform/console.h"
 
 namespace {
 

@@ -1,40 +1,17 @@
-#include <signal.h>
-#include <sys/wait.h>
-
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <thread>
 
 #include "eval/evalWeightsFile.h"
 #include "game/game.h"
-#include "parallel/console.h"
-#include "parallel/processLauncher.h"
-#include "shell/settingsFile.h"
-
-namespace {
-
-int rolePids[maxProcesses];
-int roleCount = 0;
-bool searchProcessGone = false;
-
-bool searchProcessAlive() {
-    if (searchProcessGone) return false;
-    // The search process is the first started; it may have failed to start.
-    if (roleCount == 0 || rolePids[0] <= 0 || waitpid(rolePids[0], nullptr, WNOHANG) != 0) {
-        searchProcessGone = true;
-        rolePids[0] = 0;
-    }
-    return !searchProcessGone;
-}
-
-}  // namespace
+#include "platform/console.h"
+#include "platform/processLauncher.h"
+#include "settings/settingsFile.h"
 
 void game::watchSearchProcess(int waitedMs, int boundMs) {
     if (searchProcessAlive() && waitedMs <= boundMs) return;
     // Restarting it would mean making every shared object anew, and the
     // names are gone: the engine ends cleanly instead and says why.
-    if (!searchProcessGone) kill(rolePids[0], SIGKILL);  // hung
+    killSearchProcess();  // hung
     const char* message = "The search process has stopped working; the engine exits";
     if (shared->outputMode == 2) printLine("info string %s\n", message);
     else printLine("tellusererror %s\n", message);
@@ -89,7 +66,7 @@ game::game(const char* instance)
     shared->processCount = processCount;
     // The role processes read the same file; only this process speaks of faults.
     loadEvalWeightsSetting(true);
-    roleCount = startRoleProcesses(processCount, shared, rolePids);
+    startRoleProcesses(processCount, &shared->processesReady);
 }
 
 game::~game() {
@@ -99,15 +76,5 @@ game::~game() {
     startSearch.set();
     // Let the search process finish its output and leave; it is killed with
     // this process anyway, so the wait is bounded.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
-    int left = 0;
-    for (int i = 0; i < roleCount; i++) left += rolePids[i] > 0;
-    while (left > 0 && std::chrono::steady_clock::now() < deadline) {
-        for (int i = 0; i < roleCount; i++)
-            if (rolePids[i] > 0 && waitpid(rolePids[i], nullptr, WNOHANG) == rolePids[i]) {
-                rolePids[i] = 0;
-                left--;
-            }
-        if (left > 0) std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
+    reapRoleProcesses(3000);
 }

@@ -3,11 +3,11 @@
 #include <thread>
 
 #include "game/game.h"
+#include "game/roleProcess.h"
 #include "game/timer.h"
-#include "parallel/console.h"
-#include "parallel/instance.h"
-#include "parallel/mutex.h"
-#include "parallel/processLauncher.h"
+#include "platform/console.h"
+#include "platform/instance.h"
+#include "platform/mutex.h"
 #include "parallel/searchProcess.h"
 #include "search/searchtree.h"
 #include "tune/epdSuite.h"
@@ -75,28 +75,9 @@ void waitForStop(const sharedData& shared) {
 
 }  // namespace
 
-int game::runSearchProcess() {
-    const char* instance = instanceName();
-    mutex::init(instance, true);
-    // Declared so that teardown goes table, record, cache.
-    evalHashtable evalCache(instance, true);
-    sharedDataMapping sharedOwner(instance, true);
-    sharedData* shared = sharedOwner.data;
-    if (shared == nullptr) return 1;
-    searchProcess process(instance, 0, shared->processCount, true, false);
-    board position(&shared->killers);
-    board::evalCache = &evalCache;
-    searchtree tree(shared, &process.table, 0, process.printInvertedScore != 0);
-    tree.process = &process;
-    if (process.tablebases->probeLimit > 0) tree.tablebases = process.tablebases.get();
-    char name[160];
-    namedEvent startSearch, searchEnded;
-    objectName(name, sizeof name, "handleStartSearch", instance);
-    startSearch.openWhenCreated(name);
-    objectName(name, sizeof name, "handleSearchEnded", instance);
-    searchEnded.openWhenCreated(name);
-    announceReady(shared);
-
+// Runs the commands the user-interface process posts until the engine ends.
+static void searchLoop(sharedData* shared, searchProcess& process, board& position, searchtree& tree,
+                       namedEvent& startSearch, namedEvent& searchEnded) {
     while (shared->searchLoopRunFlag) {
         startSearch.wait(-1);
         if (!shared->searchLoopRunFlag) break;
@@ -127,5 +108,18 @@ int game::runSearchProcess() {
     // Waiting slaves wake, find the run flag cleared and leave.
     shared->runFlag = 0;
     for (int n = 1; n < shared->processCount && n < maxProcesses; n++) process.startSlave[n].set();
-    return 0;
+}
+
+int game::runSearchProcess() {
+    const char* instance = instanceName();
+    char name[160];
+    namedEvent startSearch, searchEnded;
+    objectName(name, sizeof name, "handleStartSearch", instance);
+    startSearch.openWhenCreated(name);
+    objectName(name, sizeof name, "handleSearchEnded", instance);
+    searchEnded.openWhenCreated(name);
+    return runRoleProcess(0, [&](sharedData& record, searchProcess& process, board& position, searchtree& tree) {
+        searchLoop(&record, process, position, tree, startSearch, searchEnded);
+        return 0;
+    });
 }

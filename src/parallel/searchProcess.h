@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "egtb/EGTBProbe.h"
-#include "parallel/mutex.h"
-#include "parallel/namedEvent.h"
+#include "platform/mutex.h"
+#include "platform/namedEvent.h"
 #include "parallel/sharedData.h"
 #include "search/hashtable.h"
 

@@ -4,9 +4,9 @@
 #include <thread>
 
 #include "eval/evalWeightsFile.h"
-#include "parallel/console.h"
+#include "platform/console.h"
 #include "parallel/searchProcess.h"
-#include "shell/settingsFile.h"
+#include "settings/settingsFile.h"
 
 searchProcess::searchProcess(const char* instance, int number, int processCount, bool tableExists,
                              bool objectsExist, int retryMs)

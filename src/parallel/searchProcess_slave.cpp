@@ -1,4 +1,4 @@
-#include "parallel/mutex.h"
+#include "platform/mutex.h"
 #include "parallel/searchProcess.h"
 #include "search/searchtree.h"
 

@@ -7,12 +7,11 @@
 #include "eval/evalWeights.h"
 #include "game/chessclock.h"
 #include "game/timer.h"
-#include "parallel/mutex.h"
-#include "parallel/namedMapping.h"
-#include "search/killerMoveTable.h"
-#include "search/movelist.h"
+#include "platform/mutex.h"
+#include "platform/namedMapping.h"
+#include "platform/processLauncher.h"
+#include "board/killerMoveTable.h"
 
-inline constexpr int maxProcesses = 10;
 inline constexpr int splitBlockCount = 100;
 inline constexpr int freeSplitBlock = 9999;
 

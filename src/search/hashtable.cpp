@@ -1,47 +1,18 @@
 #include "search/hashtable.h"
 
-#include <cstdio>
 #include <cstring>
 
-#include "parallel/console.h"
-#include "shell/settingsFile.h"
+#include "settings/settingsFile.h"
 
-int32_t hashtable::entriesForSize(int sizeMB) {
-    // The mapping size travels as 32 bits, so 4096 MB and more would wrap to
-    // a tiny or empty table; such a setting, like one of 0 MB or less, keeps
-    // the default instead.
-    if (sizeMB <= 0 || sizeMB >= 4096) return defaultEntryCount;
-    return sizeMB * 65536;
-}
+int32_t hashtable::entriesForSize(int sizeMB) { return tableEntriesForSize(sizeMB, 16, defaultEntryCount); }
 
-hashtable::hashtable(const char* instance, bool openInstead) {
-    int sizeMB = 0;
-    const int32_t count = readHashSizeSetting(settingsFileName, sizeMB) ? entriesForSize(sizeMB) : defaultEntryCount;
-    setUp(instance, count, openInstead);
-}
+hashtable::hashtable(const char* instance, bool openInstead)
+    : hashtable(instance, readHashSizeSetting(settingsFileName), openInstead) {}
 
 hashtable::hashtable(const char* instance, int sizeMB, bool openInstead) {
-    setUp(instance, entriesForSize(sizeMB), openInstead);
-}
-
-void hashtable::setUp(const char* instance, int32_t count, bool openInstead) {
-    char name[160];
-    objectName(name, sizeof name, "sharedHashtable", instance);
-    entryCount = count;
-    const namedMapping::result result = mapping.createOrOpen(name, static_cast<size_t>(count) * 16, openInstead);
-    if (result == namedMapping::notCreated) {
-        printInfo("ERROR! Could not create file mapping object sharedHashtable.\n");
-        return;
-    }
-    if (result == namedMapping::notMapped) {
-        printInfo("ERROR! Could not map view of file sharedHashtable.\n");
-        mapping.closeHandle();
-        return;
-    }
-    // The creator's size is the one every process must index by, whatever
-    // the settings file says by now.
-    if (openInstead) entryCount = static_cast<int32_t>(mapping.size / 16);
-    entries = static_cast<uint64_t*>(mapping.view);
+    entryCount = entriesForSize(sizeMB);
+    entries = static_cast<uint64_t*>(mapping.mapTable("sharedHashtable", instance, entryCount, 16, openInstead));
+    if (entries == nullptr) return;
     reset();
     ready = true;
 }
@@ -53,12 +24,5 @@ void hashtable::reset() {
 hashtable::~hashtable() {
     entries = nullptr;
     ready = false;
-    if (mapping.view) {
-        printInfo("unmapping sharedHashtable....\n");
-        mapping.unmap();
-    }
-    if (mapping.handle >= 0) {
-        printInfo("Getting rid of handle sharedHashtable....\n");
-        mapping.closeHandle();
-    }
+    mapping.releaseReported("sharedHashtable");
 }

@@ -2,7 +2,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "parallel/namedMapping.h"
+#include "platform/namedMapping.h"
 
 // The transposition table: one flat array of 16-byte entries in a named
 // shared mapping, read and written by every engine process without locks.
@@ -133,6 +133,4 @@ private:
         std::atomic_ref<uint64_t>(entries[2 * slot]).store(key ^ data, std::memory_order_relaxed);
         std::atomic_ref<uint64_t>(entries[2 * slot + 1]).store(data, std::memory_order_release);
     }
-
-    void setUp(const char* instance, int32_t count, bool openInstead);
 };

@@ -1,6 +1,6 @@
 #include "search/localSearch.h"
 
-#include "parallel/instance.h"
+#include "platform/instance.h"
 
 localSearch::localSearch(int hashMB)
     : shared(std::make_unique<sharedData>()), table(instanceName(), hashMB, false), tree(shared.get(), &table, 0, false) {

@@ -3,9 +3,6 @@
 
 #include "board/board.h"
 
-inline constexpr int notSearchedMark = -16301;
-inline constexpr int abandonedMark = -16302;
-
 // Moves in 0..99 ended by the first 0, one signed 16-bit score per move in
 // 100..199: the layout the move generators write.
 class movelist {

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "parallel/console.h"
-#include "parallel/mutex.h"
+#include "platform/console.h"
+#include "platform/mutex.h"
 #include "parallel/searchProcess.h"
 #include "search/moveGenerator.h"
 #include "search/searchtree.h"

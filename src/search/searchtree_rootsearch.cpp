@@ -2,8 +2,8 @@
 #include <cstring>
 
 #include "egtb/EGTBProbe.h"
-#include "parallel/console.h"
-#include "parallel/mutex.h"
+#include "platform/console.h"
+#include "platform/mutex.h"
 #include "search/searchtree.h"
 
 namespace {

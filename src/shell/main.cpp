@@ -2,32 +2,21 @@
 #include <cstring>
 
 #include "game/game.h"
-#include "parallel/instance.h"
-#include "parallel/mutex.h"
-#include "parallel/processLauncher.h"
+#include "game/roleProcess.h"
+#include "platform/instance.h"
+#include "platform/processLauncher.h"
 #include "parallel/searchProcess.h"
 #include "search/searchtree.h"
 #include "shell/protocols.h"
-#include "shell/settingsFile.h"
+#include "settings/settingsFile.h"
 
 namespace {
 
 int runSlave(int number) {
-    const char* instance = instanceName();
-    mutex::init(instance, true);
-    evalHashtable evalCache(instance, true);
-    sharedDataMapping sharedOwner(instance, true);
-    if (sharedOwner.data == nullptr) return 1;
-    sharedData& shared = *sharedOwner.data;
-    searchProcess process(instance, number, shared.processCount, true, true);
-    board position(&shared.killers);
-    board::evalCache = &evalCache;
-    searchtree tree(&shared, &process.table, number, process.printInvertedScore != 0);
-    tree.process = &process;
-    if (process.tablebases->probeLimit > 0) tree.tablebases = process.tablebases.get();
-    announceReady(&shared);
-    process.slaveStandBy(tree, shared);
-    return 0;
+    return runRoleProcess(number, [](sharedData& shared, searchProcess& process, board&, searchtree& tree) {
+        process.slaveStandBy(tree, shared);
+        return 0;
+    });
 }
 
 void printVersion() { printf("%s (Talvin %s)\n", engineName, engineVersion); }

@@ -4,10 +4,10 @@
 #include <cstring>
 
 #include "game/game.h"
-#include "parallel/console.h"
-#include "parallel/instance.h"
+#include "platform/console.h"
+#include "platform/instance.h"
 #include "shell/protocols.h"
-#include "shell/settingsFile.h"
+#include "settings/settingsFile.h"
 
 namespace {
 

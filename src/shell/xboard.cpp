@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "game/game.h"
-#include "parallel/console.h"
-#include "parallel/instance.h"
+#include "platform/console.h"
+#include "platform/instance.h"
 #include "shell/protocols.h"
 
 namespace {

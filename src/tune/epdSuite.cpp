@@ -7,7 +7,7 @@
 
 #include "board/san.h"
 #include "eval/evalHashtable.h"
-#include "parallel/console.h"
+#include "platform/console.h"
 #include "tune/epdRecord.h"
 
 namespace {

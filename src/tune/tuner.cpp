@@ -7,8 +7,8 @@
 #include "eval/evalHashtable.h"
 #include "eval/evalWeightsFile.h"
 #include "game/timer.h"
-#include "parallel/console.h"
-#include "shell/settingsFile.h"
+#include "platform/console.h"
+#include "settings/settingsFile.h"
 
 namespace {
 

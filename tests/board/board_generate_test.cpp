@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "search/killerMoveTable.h"
+#include "board/killerMoveTable.h"
 #include "testBoard.h"
 
 namespace {

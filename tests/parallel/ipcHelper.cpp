@@ -9,11 +9,11 @@
 #include <iostream>
 #include <string>
 
-#include "parallel/instance.h"
-#include "parallel/mutex.h"
-#include "parallel/namedEvent.h"
+#include "platform/instance.h"
+#include "platform/mutex.h"
+#include "platform/namedEvent.h"
 #include "eval/evalHashtable.h"
-#include "parallel/processLauncher.h"
+#include "platform/processLauncher.h"
 #include "parallel/searchProcess.h"
 #include "search/hashtable.h"
 #include "parallel/sharedData.h"
@@ -34,7 +34,7 @@ static int roleProcess(int role) {
     searchProcess process(instanceName(), role, shared.data->processCount, true, role != 0);
     namedEvent start;
     openStartEvent(start, true);
-    announceReady(shared.data);
+    announceReady(&shared.data->processesReady);
     while (shared.data->runFlag) start.wait(1000);
     return 0;
 }
@@ -49,8 +49,7 @@ static int engineProcess(int roles) {
     hashtable table(instanceName());
     namedEvent start;
     openStartEvent(start, false);
-    int pids[maxProcesses];
-    startRoleProcesses(roles, shared.data, pids);
+    startRoleProcesses(roles, &shared.data->processesReady);
     printf("ready %s\n", instanceName());
     fflush(stdout);
     std::string line;

@@ -1,15 +1,13 @@
 #pragma once
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <string>
 
-extern char** environ;
+#include "pipedProcess.h"
 
 // The engine binary run through pipes in a scratch directory, as a front
 // end runs it. Every read has a time-out, so a hung engine fails the test.
@@ -19,23 +17,7 @@ public:
     pid_t pid = -1;
 
     explicit engineProcess(const std::string& directory) {
-        int in[2], out[2];
-        if (pipe(in) != 0 || pipe(out) != 0) return;
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, in[0], 0);
-        posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-        posix_spawn_file_actions_adddup2(&actions, out[1], 2);
-        posix_spawn_file_actions_addclose(&actions, in[1]);
-        posix_spawn_file_actions_addclose(&actions, out[0]);
-        posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
-        char* arguments[] = {const_cast<char*>(TALVIN_BINARY), nullptr};
-        posix_spawn(&pid, TALVIN_BINARY, &actions, nullptr, arguments, environ);
-        posix_spawn_file_actions_destroy(&actions);
-        close(in[0]);
-        close(out[1]);
-        toEngine = in[1];
-        fromEngine = out[0];
+        pid = spawnPiped(TALVIN_BINARY, directory.c_str(), toEngine, fromEngine);
     }
     ~engineProcess() {
         if (toEngine >= 0) close(toEngine);

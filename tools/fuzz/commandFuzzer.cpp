@@ -11,7 +11,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,7 +23,7 @@
 #include <string>
 #include <vector>
 
-extern char** environ;
+#include "pipedProcess.h"
 
 namespace {
 
@@ -123,23 +122,8 @@ struct engine {
     std::string text;  // all it printed
 
     engine(const char* binary, const std::string& directory) {
-        int in[2], out[2];
-        if (pipe(in) != 0 || pipe(out) != 0) exit(2);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, in[0], 0);
-        posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-        posix_spawn_file_actions_adddup2(&actions, out[1], 2);
-        posix_spawn_file_actions_addclose(&actions, in[1]);
-        posix_spawn_file_actions_addclose(&actions, out[0]);
-        posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
-        char* arguments[] = {const_cast<char*>(binary), nullptr};
-        if (posix_spawn(&pid, binary, &actions, nullptr, arguments, environ) != 0) exit(2);
-        posix_spawn_file_actions_destroy(&actions);
-        close(in[0]);
-        close(out[1]);
-        input = in[1];
-        output = out[0];
+        pid = spawnPiped(binary, directory.c_str(), input, output);
+        if (pid < 0) exit(2);
     }
     void send(const std::string& s) {
         if (input >= 0 && write(input, s.data(), s.size()) < 0) {}

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "search/killerMoveTable.h"
+#include "board/killerMoveTable.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "parallel/namedMapping.h"
+#include "platform/namedMapping.h"
 
 // How long a waiter that expects to be woken soon watches the event before
 // it sleeps: waking a sleeping process costs tens of microseconds.

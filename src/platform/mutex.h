@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "parallel/namedMapping.h"
+#include "platform/namedMapping.h"
 
 inline constexpr int waitTimeoutMs = 10000;
 

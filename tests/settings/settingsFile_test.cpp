@@ -1,4 +1,4 @@
-#include "shell/settingsFile.h"
+#include "settings/settingsFile.h"
 
 #include <gtest/gtest.h>
 

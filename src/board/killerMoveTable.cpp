@@ -1,4 +1,4 @@
-#include "search/killerMoveTable.h"
+#include "board/killerMoveTable.h"
 
 #include <cstring>
 

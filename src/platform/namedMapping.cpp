@@ -1,4 +1,4 @@
-#include "parallel/namedMapping.h"
+#include "platform/namedMapping.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -8,6 +8,8 @@
 #include <chrono>
 #include <cstdio>
 #include <thread>
+
+#include "platform/console.h"
 
 void objectName(char* out, size_t outSize, const char* stem, const char* instance, const char* suffix) {
     snprintf(out, outSize, "/%s%s%s", stem, instance, suffix);
@@ -52,6 +54,53 @@ namedMapping::result namedMapping::createOrOpen(const char* name, size_t bytes, 
     return opened;
 }
 
+bool namedMapping::mapReported(const char* name, size_t bytes, bool openInstead, const char* label, bool lockFree,
+                               int retryMs) {
+    const char* space = *label ? " " : "";
+    char message[160];
+    const result opened = createOrOpen(name, bytes, openInstead, retryMs);
+    if (opened == notCreated) {
+        snprintf(message, sizeof message, "ERROR! Could not create file mapping object%s%s.\n", space, label);
+    } else if (opened == notMapped) {
+        snprintf(message, sizeof message, "ERROR! Could not map view of file%s%s.\n", space, label);
+        closeHandle();
+    } else {
+        return true;
+    }
+    if (lockFree) writeInfo(message);
+    else printInfo("%s", message);
+    return false;
+}
+
+void namedMapping::releaseReported(const char* label) {
+    const char* space = *label ? " " : "";
+    if (view) {
+        printInfo("unmapping%s%s....\n", space, label);
+        unmap();
+    }
+    if (handle >= 0) {
+        printInfo("Getting rid of handle%s%s....\n", space, label);
+        closeHandle();
+    }
+}
+
+void* namedMapping::mapTable(const char* stem, const char* instance, int32_t& count, size_t entryBytes,
+                             bool openInstead) {
+    char name[160];
+    objectName(name, sizeof name, stem, instance);
+    if (!mapReported(name, static_cast<size_t>(count) * entryBytes, openInstead, stem)) return nullptr;
+    // The creator's size is the one every process must index by, whatever
+    // the settings file says by now.
+    if (openInstead) count = static_cast<int32_t>(size / entryBytes);
+    return view;
+}
+
+int32_t tableEntriesForSize(int setting, size_t entryBytes, int32_t defaultCount) {
+    constexpr int64_t mappingLimit = int64_t{1} << 32;
+    if (setting <= 0 || setting >= mappingLimit / static_cast<int64_t>(65536 * entryBytes)) return defaultCount;
+    return setting * 65536;
+}
+
 void namedMapping::unmap() {
     if (view) munmap(view, size);
     view = nullptr;
@@ -73,6 +122,16 @@ timespec monotonicDeadline(int ms) {
         deadline.tv_nsec -= 1000000000L;
     }
     return deadline;
+}
+
+void initSharedMutex(pthread_mutex_t& lock, int type) {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    pthread_mutexattr_settype(&attributes, type);
+    pthread_mutex_init(&lock, &attributes);
+    pthread_mutexattr_destroy(&attributes);
 }
 
 void waitUntilReady(const std::atomic<int>& ready) {

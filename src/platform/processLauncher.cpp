@@ -1,4 +1,4 @@
-#include "parallel/processLauncher.h"
+#include "platform/processLauncher.h"
 
 #include <signal.h>
 #include <spawn.h>
@@ -12,9 +12,8 @@
 #include <cstdlib>
 #include <thread>
 
-#include "parallel/console.h"
-#include "parallel/instance.h"
-#include "parallel/sharedData.h"
+#include "platform/console.h"
+#include "platform/instance.h"
 
 extern char** environ;
 
@@ -49,26 +48,62 @@ void dieWithParent() {
     if (tag && getppid() != static_cast<pid_t>(std::atoi(tag))) _exit(0);
 }
 
-int startRoleProcesses(int count, sharedData* shared, int* children) {
-    int started = 0;
+namespace {
+
+int rolePids[maxProcesses];
+int roleCount = 0;
+bool searchProcessGone = false;
+
+}  // namespace
+
+int startRoleProcesses(int count, int32_t* readyCount) {
+    roleCount = 0;
     for (int role = 0; role < count && role < maxProcesses; role++) {
         const int pid = startRoleProcess(role);
-        if (pid > 0) children[started++] = pid;
+        if (pid > 0) rolePids[roleCount++] = pid;
     }
-    if (shared) {
-        std::atomic_ref<int32_t> ready(shared->processesReady);
+    if (readyCount) {
+        std::atomic_ref<int32_t> ready(*readyCount);
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (ready.load() < started && std::chrono::steady_clock::now() < deadline) {
+        while (ready.load() < roleCount && std::chrono::steady_clock::now() < deadline) {
             bool anyDied = false;
-            for (int i = 0; i < started; i++) anyDied |= waitpid(children[i], nullptr, WNOHANG) == children[i];
+            for (int i = 0; i < roleCount; i++) anyDied |= waitpid(rolePids[i], nullptr, WNOHANG) == rolePids[i];
             if (anyDied) break;
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
     removeInstanceObjects();
-    return started;
+    return roleCount;
 }
 
-void announceReady(sharedData* shared) {
-    if (shared) std::atomic_ref<int32_t>(shared->processesReady).fetch_add(1);
+void announceReady(int32_t* readyCount) {
+    if (readyCount) std::atomic_ref<int32_t>(*readyCount).fetch_add(1);
+}
+
+bool searchProcessAlive() {
+    if (searchProcessGone) return false;
+    // The search process is the first started; it may have failed to start.
+    if (roleCount == 0 || rolePids[0] <= 0 || waitpid(rolePids[0], nullptr, WNOHANG) != 0) {
+        searchProcessGone = true;
+        rolePids[0] = 0;
+    }
+    return !searchProcessGone;
+}
+
+void killSearchProcess() {
+    if (!searchProcessGone) kill(rolePids[0], SIGKILL);
+}
+
+void reapRoleProcesses(int boundMs) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(boundMs);
+    int left = 0;
+    for (int i = 0; i < roleCount; i++) left += rolePids[i] > 0;
+    while (left > 0 && std::chrono::steady_clock::now() < deadline) {
+        for (int i = 0; i < roleCount; i++)
+            if (rolePids[i] > 0 && waitpid(rolePids[i], nullptr, WNOHANG) == rolePids[i]) {
+                rolePids[i] = 0;
+                left--;
+            }
+        if (left > 0) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
 }

@@ -1,4 +1,4 @@
-#include "parallel/instance.h"
+#include "platform/instance.h"
 
 #include <dirent.h>
 #include <signal.h>

@@ -60,6 +60,12 @@ void readPieceValueSettings(const char* fileName, pieceValueSettings& values);
 // "pref:size-hashtable=" in MB. Returns false and leaves sizeMB alone when the
 // key is absent, because the two tables sized by it have different defaults.
 bool readHashSizeSetting(const char* fileName, int& sizeMB);
+// The same value, 0 when the key is absent: a size that gives either table its default.
+inline int readHashSizeSetting(const char* fileName) {
+    int sizeMB = 0;
+    readHashSizeSetting(fileName, sizeMB);
+    return sizeMB;
+}
 
 int readNalimovCacheSetting(const char* fileName);        // MB, default 64
 int readPrintInvertedScoreSetting(const char* fileName);  // default 0

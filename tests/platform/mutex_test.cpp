@@ -8,8 +8,8 @@
 #include <string>
 #include <thread>
 
-#include "parallel/mutex.h"
-#include "parallel/namedEvent.h"
+#include "platform/mutex.h"
+#include "platform/namedEvent.h"
 #include "parallel/sharedData.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "shell/settingsFile.h"
+#include "settings/settingsFile.h"
 
 #include <algorithm>
 #include <cctype>
@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <strings.h>
 
-#include "parallel/console.h"
-#include "parallel/sharedData.h"
+#include "platform/console.h"
+#include "platform/processLauncher.h"
 
 const char* settingsValue(const char* piece, const char* key) {
     const std::size_t keyLength = std::strlen(key);
@@ -43,29 +43,50 @@ int settingsDouble(const char* text) {
     return static_cast<int>(value);
 }
 
+// "pref:printToScreen=" turns echoing on or off from where it stands; false
+// when piece holds another key.
+static bool readEchoSwitch(const char* piece, bool& echo) {
+    const char* value = settingsValue(piece, "pref:printToScreen=");
+    if (value == nullptr) return false;
+    echo = settingsInt(value) != 0;
+    if (echo) printInfo("Read settings:\n");
+    return true;
+}
+
+// A key whose number goes into a field of settings, echoed with echoFormat.
+template <class settings>
+struct echoedKey {
+    const char* key;
+    const char* echoFormat;
+    int settings::*field;
+};
+
+// Reads piece into the field of the key it starts with, parsed by parse and
+// echoed; false when it starts with none of keys.
+template <class settings, std::size_t count>
+static bool readEchoedKey(const char* piece, const echoedKey<settings> (&keys)[count], settings& values, bool echo,
+                          int (*parse)(const char*)) {
+    for (const echoedKey<settings>& key : keys) {
+        if (const char* value = settingsValue(piece, key.key)) {
+            values.*key.field = parse(value);
+            if (echo) printInfo(key.echoFormat, values.*key.field);
+            return true;
+        }
+    }
+    return false;
+}
+
 void readPieceValueSettings(const char* fileName, pieceValueSettings& values) {
+    static constexpr echoedKey<pieceValueSettings> pieceKeys[] = {
+        {"pref:VALPAWN=", "   VALPAWN:  %d\n", &pieceValueSettings::pawn},
+        {"pref:VALKNIGHT=", "   VALKNIGHT:%d\n", &pieceValueSettings::knight},
+        {"pref:VALBISHOP=", "   VALBISHOP:%d\n", &pieceValueSettings::bishop},
+        {"pref:VALROOK=", "   VALROOK:  %d\n", &pieceValueSettings::rook},
+        {"pref:VALQUEEN=", "   VALQUEEN: %d\n", &pieceValueSettings::queen},
+    };
     bool echo = false;
     readSettingsLines(fileName, [&](const char* piece) {
-        const char* value;
-        if ((value = settingsValue(piece, "pref:printToScreen=")) != nullptr) {
-            echo = settingsInt(value) != 0;
-            if (echo) printInfo("Read settings:\n");
-        } else if ((value = settingsValue(piece, "pref:VALPAWN=")) != nullptr) {
-            values.pawn = settingsDouble(value);
-            if (echo) printInfo("   VALPAWN:  %d\n", values.pawn);
-        } else if ((value = settingsValue(piece, "pref:VALKNIGHT=")) != nullptr) {
-            values.knight = settingsDouble(value);
-            if (echo) printInfo("   VALKNIGHT:%d\n", values.knight);
-        } else if ((value = settingsValue(piece, "pref:VALBISHOP=")) != nullptr) {
-            values.bishop = settingsDouble(value);
-            if (echo) printInfo("   VALBISHOP:%d\n", values.bishop);
-        } else if ((value = settingsValue(piece, "pref:VALROOK=")) != nullptr) {
-            values.rook = settingsDouble(value);
-            if (echo) printInfo("   VALROOK:  %d\n", values.rook);
-        } else if ((value = settingsValue(piece, "pref:VALQUEEN=")) != nullptr) {
-            values.queen = settingsDouble(value);
-            if (echo) printInfo("   VALQUEEN: %d\n", values.queen);
-        }
+        if (!readEchoSwitch(piece, echo)) readEchoedKey(piece, pieceKeys, values, echo, settingsDouble);
     });
 }
 
@@ -142,12 +163,7 @@ static void takeBookPath(char (&bookPath)[bookPathMaxLength + 1], const char* te
 }
 
 void readGameSettings(const char* fileName, gameSettings& settings) {
-    struct flagKey {
-        const char* key;
-        const char* echoFormat;
-        int gameSettings::*flag;
-    };
-    static constexpr flagKey flagKeys[] = {
+    static constexpr echoedKey<gameSettings> flagKeys[] = {
         {"pref:pondering=", "   PONDERING:         %d\n", &gameSettings::pondering},
         {"pref:enable_EGTB=", "   enable_EGTB:       %d\n", &gameSettings::enableEGTB},
         {"pref:enable_NMP=", "   enable_NMP:        %d\n", &gameSettings::enableNMP},
@@ -159,12 +175,8 @@ void readGameSettings(const char* fileName, gameSettings& settings) {
 
     bool echo = false;
     readSettingsLines(fileName, [&](const char* piece) {
+        if (readEchoSwitch(piece, echo)) return;
         const char* value;
-        if ((value = settingsValue(piece, "pref:printToScreen=")) != nullptr) {
-            echo = settingsInt(value) != 0;
-            if (echo) printInfo("Read settings:\n");
-            return;
-        }
         if ((value = settingsValue(piece, "pref:book-path=")) != nullptr) {
             takeBookPath(settings.bookPath, value);
             if (echo) printInfo("   Set bookpath:      %s", value);
@@ -188,13 +200,7 @@ void readGameSettings(const char* fileName, gameSettings& settings) {
             if (echo) printInfo("   moveOverhead:      %d\n", settings.moveOverheadMs);
             return;
         }
-        for (const flagKey& flag : flagKeys) {
-            if ((value = settingsValue(piece, flag.key)) != nullptr) {
-                settings.*flag.flag = settingsInt(value);
-                if (echo) printInfo(flag.echoFormat, settings.*flag.flag);
-                return;
-            }
-        }
+        readEchoedKey(piece, flagKeys, settings, echo, settingsInt);
     });
     printInfo("Using %d processor%s\n", settings.processCount - 1, settings.processCount > 2 ? "s" : "");
 }

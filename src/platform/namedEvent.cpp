@@ -1,4 +1,4 @@
-#include "parallel/namedEvent.h"
+#include "platform/namedEvent.h"
 
 #include <sched.h>
 
@@ -8,17 +8,9 @@
 #include <thread>
 
 bool namedEvent::create(const char* name) {
-    if (mapping.create(name, sizeof(shared)) != namedMapping::ok) {
-        mapping.closeHandle();
-        return false;
-    }
-    shared* object = static_cast<shared*>(mapping.view);
-    pthread_mutexattr_t mutexAttributes;
-    pthread_mutexattr_init(&mutexAttributes);
-    pthread_mutexattr_setpshared(&mutexAttributes, PTHREAD_PROCESS_SHARED);
-    pthread_mutexattr_setrobust(&mutexAttributes, PTHREAD_MUTEX_ROBUST);
-    pthread_mutex_init(&object->lock, &mutexAttributes);
-    pthread_mutexattr_destroy(&mutexAttributes);
+    shared* object = createObject<shared>(mapping, name);
+    if (object == nullptr) return false;
+    initSharedMutex(object->lock, PTHREAD_MUTEX_DEFAULT);
     pthread_condattr_t conditionAttributes;
     pthread_condattr_init(&conditionAttributes);
     pthread_condattr_setpshared(&conditionAttributes, PTHREAD_PROCESS_SHARED);
@@ -30,14 +22,7 @@ bool namedEvent::create(const char* name) {
     return true;
 }
 
-bool namedEvent::open(const char* name) {
-    if (mapping.open(name) != namedMapping::ok) {
-        mapping.closeHandle();
-        return false;
-    }
-    waitUntilReady(static_cast<shared*>(mapping.view)->ready);
-    return true;
-}
+bool namedEvent::open(const char* name) { return openObject<shared>(mapping, name) != nullptr; }
 
 void namedEvent::openWhenCreated(const char* name, int retryMs) {
     while (!open(name)) std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));

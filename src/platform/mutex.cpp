@@ -1,6 +1,6 @@
-#include "parallel/mutex.h"
+#include "platform/mutex.h"
 
-#include "parallel/console.h"
+#include "platform/console.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -31,30 +31,14 @@ namedMutex mutex::mt;
 bool mutex::initialised = false;
 
 bool namedMutex::create(const char* name) {
-    if (mapping.create(name, sizeof(shared)) != namedMapping::ok) {
-        mapping.closeHandle();
-        return false;
-    }
-    shared* object = static_cast<shared*>(mapping.view);
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
-    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-    pthread_mutex_init(&object->lock, &attributes);
-    pthread_mutexattr_destroy(&attributes);
+    shared* object = createObject<shared>(mapping, name);
+    if (object == nullptr) return false;
+    initSharedMutex(object->lock, PTHREAD_MUTEX_RECURSIVE);
     object->ready.store(1, std::memory_order_release);
     return true;
 }
 
-bool namedMutex::open(const char* name) {
-    if (mapping.open(name) != namedMapping::ok) {
-        mapping.closeHandle();
-        return false;
-    }
-    waitUntilReady(static_cast<shared*>(mapping.view)->ready);
-    return true;
-}
+bool namedMutex::open(const char* name) { return openObject<shared>(mapping, name) != nullptr; }
 
 void mutex::init(const char* instance, bool openInstead, int retryMs) {
     initialised = true;

@@ -1,11 +1,11 @@
-#include "parallel/console.h"
+#include "platform/console.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "parallel/mutex.h"
+#include "platform/mutex.h"
 
 namespace {
 

@@ -1,0 +1,29 @@
+#include "game/roleProcess.h"
+
+#include "board/board.h"
+#include "eval/evalHashtable.h"
+#include "parallel/searchProcess.h"
+#include "parallel/sharedData.h"
+#include "platform/instance.h"
+#include "platform/mutex.h"
+#include "platform/processLauncher.h"
+#include "search/searchtree.h"
+
+int runRoleProcess(int number, const std::function<int(sharedData&, searchProcess&, board&, searchtree&)>& run) {
+    const char* instance = instanceName();
+    mutex::init(instance, true);
+    // Declared so that teardown goes table, record, cache.
+    evalHashtable evalCache(instance, true);
+    sharedDataMapping sharedOwner(instance, true);
+    if (sharedOwner.data == nullptr) return 1;
+    sharedData& shared = *sharedOwner.data;
+    // The search process makes the events and split-block mutexes, the slaves open them.
+    searchProcess process(instance, number, shared.processCount, true, number != 0);
+    board position(&shared.killers);
+    board::evalCache = &evalCache;
+    searchtree tree(&shared, &process.table, number, process.printInvertedScore != 0);
+    tree.process = &process;
+    if (process.tablebases->probeLimit > 0) tree.tablebases = process.tablebases.get();
+    announceReady(&shared.processesReady);
+    return run(shared, process, position, tree);
+}
