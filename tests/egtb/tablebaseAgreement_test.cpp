@@ -64,6 +64,7 @@ TEST(TablebaseAgreement, EveryPositionOfTheAnswerFilesWithTheFullTables) {
 }
 
 TEST(TablebaseAgreement, EveryGaviotaCompressionSchemeGivesTheSameScores) {
+    ASSERT_TRUE(exists(debianGaviota)) << "the tablebase tests need Debian's gaviotatb package (tools/setup.sh test)";
     std::vector<board> positions;
     for (const auto& [white, black] : {std::pair{"P", ""}, {"", "P"}, {"Q", ""}, {"R", ""}, {"B", ""}, {"N", ""}})
         for (const board& b : samples(white, black, 400)) positions.push_back(b);
