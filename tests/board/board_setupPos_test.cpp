@@ -95,12 +95,3 @@ TEST(SetupPosition, KeyHistoryHoldsDummiesAndTheKey) {
     EXPECT_EQ(keyHistory[(b.ply + 1) % 150], uint64_t((b.ply + 1) % 150));
     EXPECT_EQ(keyHistory[0], 0u);
 }
-
-TEST(SetupPosition, KeyFromScratchFollowsItsParts) {
-    const zorbicKeyset& z = board::zKeyset;
-    board b = boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
-    EXPECT_EQ(b.boardKey, z.keys[5 * 128 + 64 + 3] ^ z.keys[5 * 128 + 0 + 59]);
-    board white = boardFrom("r3k3/8/8/8/8/8/8/4K2R w - - 0 1");
-    board black = boardFrom("r3k3/8/8/8/8/8/8/4K2R b Kq - 0 1");
-    EXPECT_EQ(black.boardKey, white.boardKey ^ z.keys[896] ^ z.keys[897 + 9]);
-}

@@ -1,13 +1,11 @@
 #pragma once
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <string>
 
 #include "../board/testBoard.h"
+#include "../support/scratchDirectory.h"
 #include "book/bookSource.h"
 #include "bookGames.h"
 #include "ctgWriter.h"
@@ -21,34 +19,29 @@ inline std::string fenAfter(const char* moves, const char* fen = startFen) {
     return fenOf(b);
 }
 
+// A CTG book made by the writer from games (PGN or lists of moves).
+inline void writeCtgBook(const std::string& path, const std::string& games, ctgWriter& writer, bool pgn = false) {
+    std::vector<std::string> warnings;
+    std::string error;
+    readBookGames(games, pgn, boardFrom(startFen), [&](const bookGame& game) {
+        EXPECT_TRUE(writer.addGame(game, error)) << error;
+    }, warnings);
+    EXPECT_TRUE(warnings.empty()) << warnings.front();
+    EXPECT_TRUE(writer.write(path, error)) << error;
+}
+
 // A scratch directory per test for the book files it writes.
 class BookFiles : public ::testing::Test {
 protected:
-    std::string directory;
+    const scratchDirectory directory;
 
-    void SetUp() override {
-        char pattern[] = "/tmp/talvin-book-XXXXXX";
-        directory = mkdtemp(pattern);
-    }
-    void TearDown() override { std::system(("rm -rf '" + directory + "'").c_str()); }
+    std::string path(const std::string& name) const { return directory.file(name); }
+    std::string read(const std::string& name) const { return directory.read(name); }
+    void write(const std::string& name, const std::string& bytes) const { directory.write(name, bytes); }
 
-    std::string path(const std::string& name) const { return directory + "/" + name; }
-    std::string read(const std::string& name) const {
-        return (std::ostringstream() << std::ifstream(path(name), std::ios::binary).rdbuf()).str();
-    }
-    void write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(path(name), std::ios::binary | std::ios::trunc) << bytes;
-    }
-
-    // A CTG book made by the writer from games; returns the .ctg path.
+    // Returns the .ctg path.
     std::string writeCtg(const std::string& games, ctgWriter writer = {}, bool pgn = false) {
-        std::vector<std::string> warnings;
-        std::string error;
-        readBookGames(games, pgn, boardFrom(startFen), [&](const bookGame& game) {
-            EXPECT_TRUE(writer.addGame(game, error)) << error;
-        }, warnings);
-        EXPECT_TRUE(warnings.empty()) << warnings.front();
-        EXPECT_TRUE(writer.write(path("book.ctg"), error)) << error;
+        writeCtgBook(path("book.ctg"), games, writer, pgn);
         lastWriter = writer;
         return path("book.ctg");
     }

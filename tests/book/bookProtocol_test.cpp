@@ -3,8 +3,7 @@
 #include <set>
 
 #include "../shell/protocolSession.h"
-#include "bookGames.h"
-#include "ctgWriter.h"
+#include "bookFiles.h"
 
 namespace {
 
@@ -13,21 +12,7 @@ protected:
     // A CTG book named book.ctg in the engine's directory, made by the writer.
     void writeBook(const std::string& games) {
         ctgWriter writer;
-        std::vector<std::string> warnings;
-        std::string error;
-        static const board prototype;
-        readBookGames(games, false, prototype, [&](const bookGame& game) { writer.addGame(game, error); }, warnings);
-        ASSERT_TRUE(writer.write(directory + "/book.ctg", error)) << error;
-    }
-    // Sends a line, then waits for each reply in turn, each after the one before.
-    void expectReplies(const std::string& line, std::initializer_list<std::string> replies) {
-        size_t from = engine->output.size();
-        engine->send(line);
-        for (const std::string& reply : replies) {
-            ASSERT_TRUE(engine->waitFor(reply, 10000, from)) << "after " << line << "no " << reply << "\ngot:\n"
-                                                             << engine->output.substr(from);
-            from = engine->output.find(reply, from) + reply.size();
-        }
+        writeCtgBook(directory + "/book.ctg", games, writer);
     }
     // The text after "#move=" of every probe so far.
     std::vector<std::string> bookMoves() const {
@@ -48,7 +33,7 @@ TEST_F(BookSession, XboardPlaysItsOpeningFromTheBookAndLeavesIt) {
     // Out of the book: the probe finds nothing and the engine searches.
     expectReplies("a7a6\n", {"probe TalvinBook: book.ctg\n#move=\n", "move "});
     EXPECT_EQ(bookMoves(), (std::vector<std::string>{"e2e4", "g1f3", ""}));
-    expectReply("quit\n", "Getting rid of handle");
+    quit();
 }
 
 TEST_F(BookSession, AMissingBookCostsOneMessageAProbe) {
@@ -60,7 +45,7 @@ TEST_F(BookSession, AMissingBookCostsOneMessageAProbe) {
     for (size_t at = engine->output.find("Error"); at != std::string::npos; at = engine->output.find("Error", at + 1))
         messages++;
     EXPECT_EQ(messages, 2u);
-    expectReply("quit\n", "Getting rid of handle");
+    quit();
 }
 
 // BookBestMoveOnly false weighs the moves instead of taking the best: over
@@ -72,7 +57,7 @@ TEST_F(BookSession, WeightedChoiceVariesFromProbeToProbe) {
     for (int game = 0; game < 40; game++) expectReply("new\ngo\n", "move ");
     const std::vector<std::string> moves = bookMoves();
     EXPECT_EQ(std::set<std::string>(moves.begin(), moves.end()), (std::set<std::string>{"e2e4", "d2d4"}));
-    expectReply("quit\n", "Getting rid of handle");
+    quit();
 }
 
 TEST_F(BookSession, UciBookOptions) {
@@ -85,7 +70,7 @@ TEST_F(BookSession, UciBookOptions) {
     const size_t from = engine->output.size();
     expectReplies("setoption name OwnBook value false\nposition startpos\ngo movetime 200\n", {"bestmove "});
     EXPECT_EQ(engine->output.find("probe TalvinBook", from), std::string::npos);
-    expectReply("quit\n", "Getting rid of handle");
+    quit();
 }
 
 TEST_F(BookSession, UciPlaysFromTheDebianPolyglotBook) {
@@ -97,7 +82,7 @@ TEST_F(BookSession, UciPlaysFromTheDebianPolyglotBook) {
     expectReplies("position startpos\ngo wtime 5000 btime 5000\n",
                   {"info string probe TalvinBook: " + debianBook + "\ninfo string #move=e2e4\n", "bestmove e2e4\n"});
     expectReplies("position startpos moves e2e4 c7c5\ngo wtime 5000 btime 5000\n", {"#move=g1f3\n", "bestmove g1f3\n"});
-    expectReply("quit\n", "Getting rid of handle");
+    quit();
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ TEST_F(PolyglotFiles, DebianBookHoldsTheMainFirstMoves) {
 // moves, written as the king taking its rook, come back as king moves.
 TEST_F(PolyglotFiles, BookMadeByPolyglotReadsBack) {
     if (access("/usr/games/polyglot", X_OK) != 0) GTEST_SKIP() << "polyglot is missing (Debian package polyglot)";
-    const std::string command = "cd '" + directory + "' && /usr/games/polyglot make-book -pgn '" BOOK_DATA
+    const std::string command = "cd '" + directory.path + "' && /usr/games/polyglot make-book -pgn '" BOOK_DATA
                                 "/openings.pgn' -bin made.bin -min-game 1 > /dev/null 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0);
     polyglotBook reader(path("made.bin").c_str());

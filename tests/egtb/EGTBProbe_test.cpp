@@ -5,13 +5,14 @@
 #include <string>
 
 #include "../board/testBoard.h"
+#include "../support/scratchDirectory.h"
 #include "egtb/EGTBProbe.h"
 #include "search/localSearch.h"
 #include "tablebaseTestData.h"
 
 namespace {
 
-const std::string gaviotaDir = testTables("gaviota"), syzygyDir = testTables("syzygy");
+const std::string gaviotaDir = gaviotaTables(), syzygyDir = testTables("syzygy");
 const std::string bothDirs = gaviotaDir + ":" + syzygyDir;
 
 // One for the test binary: the board's move generator keeps a pointer to its killer table.
@@ -37,26 +38,19 @@ std::string rootMoves(const EGTBProbe& tables, const char* fen) {
     return listText(moves);
 }
 
-std::string scratchDirectory() {
-    char pattern[] = "/tmp/talvin-egtb-XXXXXX";
-    return mkdtemp(pattern);
-}
-
 }  // namespace
 
 TEST(TablebaseScores, MeetTheSearchsMateScoresAndNothingBeyond) {
-    // Over every distance the tables give, only a mate in one and a mated
-    // position reach the exact mate scores the search acts on, and nothing
-    // reaches the abort or hash-miss values beyond them.
-    for (int moves = 0; moves <= 255; moves++) {
-        if (moves > 0) {
-            EXPECT_EQ(tablebaseScore(32768 - moves, 1), 16002 - 2 * moves) << moves;
-        }
-        EXPECT_EQ(tablebaseScore(-32766 + moves, -1), -16000 + 2 * moves) << moves;
-    }
-    // Draws, and Syzygy wins the fifty-move rule spoils, lean one centipawn away from the side to move.
-    EXPECT_EQ(tablebaseScore(0, 1), -1);
-    EXPECT_EQ(tablebaseScore(0, -1), 1);
+    // Only a mate in one and a mated position reach the exact mate scores the
+    // search acts on; the longest distances stay clear of the abort and
+    // hash-miss values. Draws, and Syzygy wins the fifty-move rule spoils,
+    // lean one centipawn away from the side to move.
+    const struct { int value, side, score; } gaviota[] = {
+        {32768 - 1, 1, 16000}, {32768 - 2, 1, 15998}, {32768 - 255, 1, 15492},
+        {-32766, -1, -16000},  {-32766 + 1, -1, -15998}, {-32766 + 255, -1, -15490},
+        {0, 1, -1},            {0, -1, 1},
+    };
+    for (const auto& c : gaviota) EXPECT_EQ(tablebaseScore(c.value, c.side), c.score) << c.value << " " << c.side;
     const int syzygy[5] = {-15000, -1, -1, -1, 15000};
     for (int wdl = -2; wdl <= 2; wdl++) {
         EXPECT_EQ(syzygyScore(wdl, 1), syzygy[wdl + 2]) << wdl;
@@ -158,21 +152,20 @@ TEST(TablebaseStartUp, LinesFromTheSearchProcessOnlyAndNoneWithoutTables) {
 }
 
 TEST(TablebaseStartUp, FindsBothKindsAlongAPathListWithSpaces) {
-    const std::string root = scratchDirectory(), gaviota = root + "/gaviota tables", syzygy = root + "/syzygy tables";
-    std::system(("mkdir '" + gaviota + "' '" + syzygy + "' && cp " + gaviotaDir + "/k?k.gtb.cp4 '" + gaviota + "' && cp " +
+    const scratchDirectory root;
+    const std::string gaviota = root.file("gaviota tables"), syzygy = root.file("syzygy tables");
+    std::system(("mkdir '" + gaviota + "' '" + syzygy + "' && cp " + debianGaviota + "/k?k.gtb.cp4 '" + gaviota + "' && cp " +
                  syzygyDir + "/K?vK.* '" + syzygy + "'").c_str());
-    {
-        const EGTBProbe tables((":" + gaviota + "::" + syzygy + ":").c_str(), 8, true);
-        EXPECT_EQ(tables.gaviota.pieces, 3);
-        EXPECT_EQ(tables.syzygy.pieces, 3);
-        EXPECT_EQ(probe(tables, "8/8/8/5k2/8/8/1Q6/K7 w - - 0 1"), 16002 - 2 * 10);
-    }
-    std::system(("rm -rf " + root).c_str());
+    const EGTBProbe tables((":" + gaviota + "::" + syzygy + ":").c_str(), 8, true);
+    EXPECT_EQ(tables.gaviota.pieces, 3);
+    EXPECT_EQ(tables.syzygy.pieces, 3);
+    EXPECT_EQ(probe(tables, "8/8/8/5k2/8/8/1Q6/K7 w - - 0 1"), 16002 - 2 * 10);
 }
 
 TEST(TablebaseStartUp, DamagedFilesAreReportedAndLeftOutWithoutACrash) {
-    const std::string dir = scratchDirectory();
-    std::system(("cd " + gaviotaDir + " && cp kqk.* krk.* kpk.* knk.* " + dir + " && cd " + syzygyDir +
+    const scratchDirectory scratch;
+    const std::string& dir = scratch.path;
+    std::system(("cd " + debianGaviota + " && cp kqk.* krk.* kpk.* knk.* " + dir + " && cd " + syzygyDir +
                  " && cp KQvK.* KPvK.* " + dir + " && chmod u+w " + dir + "/*").c_str());
     // krk cut short, kpk and the KPvK distances with a garbled header (all
     // crash the libraries on a probe), knk cut where the library notices.
@@ -200,5 +193,4 @@ TEST(TablebaseStartUp, DamagedFilesAreReportedAndLeftOutWithoutACrash) {
         EXPECT_FALSE(tables.DoEGTBProbe(boardFrom("8/8/8/8/8/2k5/1R6/K7 w - - 0 1"), score));
         EXPECT_FALSE(tables.DoEGTBProbe(boardFrom("8/8/8/8/8/2k5/1N6/K7 w - - 0 1"), score));
     }
-    std::system(("rm -rf " + dir).c_str());
 }

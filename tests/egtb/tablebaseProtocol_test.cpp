@@ -5,7 +5,7 @@ using TablebaseSession = ProtocolSession;
 
 namespace {
 
-const std::string bothKinds = "pref:egtb-path=" + testTables("gaviota") + ":" + testTables("syzygy") + "\n";
+const std::string bothKinds = "pref:egtb-path=" + gaviotaTables() + ":" + testTables("syzygy") + "\n";
 
 }  // namespace
 
@@ -14,8 +14,7 @@ TEST_F(TablebaseSession, XboardEngineSaysWhatItFoundAndPlaysTheMateDistance) {
     expectReply("xboard\n", "Egtbs initializated(4)\nEgtb cache size 16M\n");
     expectReply("setboard 8/8/8/8/8/2k5/1R6/K7 w - - 0 1\nst 1\npost\ngo\n", "\nmove ", 10000);
     EXPECT_NE(engine->output.find("  15970  "), std::string::npos) << engine->output;  // mate in 16
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }
 
 TEST_F(TablebaseSession, UciPathWithSpacesAndSyzygyAlonePlaysTheDistanceMove) {
@@ -34,17 +33,13 @@ TEST_F(TablebaseSession, UciPathWithSpacesAndSyzygyAlonePlaysTheDistanceMove) {
 
 TEST_F(TablebaseSession, TwoEnginesWithTablesSideBySide) {
     start(bothKinds);
-    char pattern[] = "/tmp/talvin-protocol-XXXXXX";
-    const std::string otherDirectory = mkdtemp(pattern);
-    std::ofstream(otherDirectory + "/talvin init.ini") << bothKinds;
-    {
-        engineProcess other(otherDirectory);
-        for (engineProcess* e : {engine.get(), &other}) e->send("xboard\nsetboard 8/8/8/5k2/8/8/1Q6/K7 w - - 0 1\nst 1\ngo\n");
-        for (engineProcess* e : {engine.get(), &other}) {
-            EXPECT_TRUE(e->waitFor("Egtbs initializated(4)\n") && e->waitFor("\nmove ", 10000)) << e->output;
-            e->send("quit\n");
-            EXPECT_EQ(e->exitStatus(), 0);
-        }
+    const scratchDirectory otherDirectory;
+    otherDirectory.write(settingsFileName, bothKinds);
+    engineProcess other(otherDirectory.path);
+    for (engineProcess* e : {engine.get(), &other}) e->send("xboard\nsetboard 8/8/8/5k2/8/8/1Q6/K7 w - - 0 1\nst 1\ngo\n");
+    for (engineProcess* e : {engine.get(), &other}) {
+        EXPECT_TRUE(e->waitFor("Egtbs initializated(4)\n") && e->waitFor("\nmove ", 10000)) << e->output;
+        e->send("quit\n");
+        EXPECT_EQ(e->exitStatus(), 0);
     }
-    std::system(("rm -rf '" + otherDirectory + "'").c_str());
 }

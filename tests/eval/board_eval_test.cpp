@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -11,8 +9,8 @@
 #include <utility>
 
 #include "../board/testBoard.h"
+#include "../support/sharedTable.h"
 #include "eval/evalHashtable.h"
-#include "eval/evalTables.h"
 #include "eval/evalWeights.h"
 
 namespace {
@@ -48,18 +46,17 @@ protected:
 // A cache of its own, removed with the fixture.
 class EvalCache : public Eval {
 protected:
-    std::string instance = "TestEval-" + std::to_string(getpid());
+    const sharedTableName name{"sharedEvalHashtable", "TestEval-"};
     std::unique_ptr<evalHashtable> cache;
     void SetUp() override {
         Eval::SetUp();
-        cache = std::make_unique<evalHashtable>(instance.c_str(), 1, false);
+        cache = std::make_unique<evalHashtable>(name.instance.c_str(), 1, false);
     }
     void TearDown() override {
         Eval::TearDown();
         testing::internal::CaptureStdout();  // the unmapping is reported
         cache.reset();
         testing::internal::GetCapturedStdout();
-        shm_unlink(("/sharedEvalHashtable" + instance).c_str());
     }
 };
 
@@ -88,21 +85,6 @@ std::string mirrored(const std::string& fen) {
 constexpr const char* kingAndPawn = "4k3/8/8/8/8/8/4P3/4K3 w - - 0 1";
 
 }  // namespace
-
-TEST_F(Eval, WeightOrderTropismEntriesAndTables) {
-    EXPECT_EQ(&isolatedPawnPenalty, &evalWeights[11]);
-    EXPECT_EQ(&knightTropismMin, &evalWeights[59]);
-    EXPECT_EQ(kingDangerWeight, -29);
-    EXPECT_EQ(tropism(BISHOP, 5), evalWeights[69]);
-    EXPECT_EQ(tropism(QUEEN, 1), 22);
-    EXPECT_EQ(tropism(QUEEN, 0) + tropism(KNIGHT, 6) + tropism(ROOK, 7), 0);
-
-    boardFrom("8/8/8/8/8/8/8/8 w");
-    EXPECT_EQ(pieceSquare[WHITE][PAWN][27] - pieceSquare[WHITE][PAWN][26], 15 - 6);  // e4, f4
-    EXPECT_EQ(pieceSquare[BLACK][PAWN][35], -15);                                    // e5
-    EXPECT_EQ(pieceSquare[BLACK][QUEEN][30], -3);                                    // b4
-    EXPECT_EQ(pieceSquare[WHITE][KING][7] - pieceSquare[WHITE][KING][0], 7 + 3);     // a1, h1
-}
 
 TEST_F(EvalCache, LazyCutReturnsTheBoundItselfAndLeavesTheCacheAlone) {
     board b = boardFrom("4k3/8/8/8/8/8/8/QQQ1K3 w - - 0 1");  // material 2700

@@ -1,28 +1,22 @@
 #include "eval/evalHashtable.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <string>
+
+#include "../support/sharedTable.h"
 
 namespace {
 
 constexpr int miss = evalHashtable::missValue;
 constexpr uint64_t keyA = 0x9E3779B97F4A7C15ULL;
 
-// Each test uses an object name of its own.
 class evalHashtableTest : public ::testing::Test {
 protected:
-    static inline int serial = 0;
-    std::string instance = "TestEH-" + std::to_string(getpid()) + "-" + std::to_string(++serial);
+    const sharedTableName name{"sharedEvalHashtable", "TestEH-"};
+    const std::string& instance = name.instance;
 
-    void TearDown() override { shm_unlink(("/sharedEvalHashtable" + instance).c_str()); }
     std::unique_ptr<evalHashtable> table() { return std::make_unique<evalHashtable>(instance.c_str(), 1, false); }
 };
 
@@ -58,24 +52,11 @@ TEST_F(evalHashtableTest, StoresScoresAlwaysReplacesAndComparesTheUpper48KeyBits
 
 TEST_F(evalHashtableTest, SizeSettingChoosesTheEntryCountAndTheIndexIsTheKeyModuloIt) {
     const int fallback = evalHashtable::defaultEntryCount;
-    const struct { const char* settings; int count; } cases[] = {
+    expectSizeSettings<evalHashtable>(instance, {
         {"pref:size-hashtable=1\n", 65536}, {"pref:size-hashtable=2.7\n", 2 * 65536},
         {"pref:size-hashtable=3\n", 3 * 65536}, {"pref:size-hashtable=0\n", fallback},
         {"pref:size-hashtable=-3\n", fallback}, {"pref:size-hashtable=8192\n", fallback}, {nullptr, fallback},
-    };
-    const auto home = std::filesystem::current_path();
-    char directory[] = "/tmp/talvin-eh-XXXXXX";
-    ASSERT_NE(mkdtemp(directory), nullptr);
-    std::filesystem::current_path(directory);  // where the constructor reads the settings file
-    for (const auto& c : cases) {
-        std::remove("talvin init.ini");
-        if (c.settings) std::ofstream("talvin init.ini") << c.settings;
-        evalHashtable t(instance.c_str());
-        EXPECT_EQ(t.entryCount, c.count) << (c.settings ? c.settings : "no file");
-        EXPECT_EQ(t.index(UINT64_MAX), UINT64_MAX % c.count) << c.count;
-    }
-    std::filesystem::current_path(home);
-    std::filesystem::remove_all(directory);
+    });
     EXPECT_EQ(evalHashtable::entriesForSize(8191), 8191 * 65536);
 }
 

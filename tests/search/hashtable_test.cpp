@@ -1,16 +1,12 @@
 #include "search/hashtable.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <memory>
-#include <string>
+
+#include "../support/sharedTable.h"
 
 namespace {
 
@@ -19,13 +15,11 @@ constexpr int miss = hashtable::missValue, upper = hashtable::upperBound, lower 
 constexpr uint64_t keyA = 0x9E3779B97F4A7C15ULL, slots = 65536;
 const auto pack = hashtable::pack;
 
-// Each test uses a table name of its own.
 class hashtableTest : public ::testing::Test {
 protected:
-    static inline int serial = 0;
-    std::string instance = "TestTT-" + std::to_string(getpid()) + "-" + std::to_string(++serial);
+    const sharedTableName name{"sharedHashtable", "TestTT-"};
+    const std::string& instance = name.instance;
 
-    void TearDown() override { shm_unlink(("/sharedHashtable" + instance).c_str()); }
     std::unique_ptr<hashtable> table() { return std::make_unique<hashtable>(instance.c_str(), 1, false); }
 };
 
@@ -104,26 +98,13 @@ TEST_F(hashtableTest, AtEqualDepthOnlyANewerBoundOrEntryReplacesABound) {
 
 TEST_F(hashtableTest, SizeSettingChoosesTheEntryCountAndTheIndexIsTheKeyModuloIt) {
     const int fallback = hashtable::defaultEntryCount;
-    const struct { const char* settings; int count; } cases[] = {
+    expectSizeSettings<hashtable>(instance, {
         {"pref:size-hashtable=64   (in MB)\n", 0x400000}, {"pref:size-hashtable=32\n", 2097152},
         {"pref:size-hashtable=3.9\n", 3 * 65536},  // truncated, and no power of two
         {"pref:size-hashtable=0\n", fallback}, {"pref:size-hashtable=-8\n", fallback},
         {"pref:size-hashtable=4096\n", fallback}, {"pref:size-hashtable=junk\n", fallback},
         {"pref:other=5\n", fallback}, {nullptr, fallback},
-    };
-    const auto home = std::filesystem::current_path();
-    char directory[] = "/tmp/talvin-tt-XXXXXX";
-    ASSERT_NE(mkdtemp(directory), nullptr);
-    std::filesystem::current_path(directory);  // where the constructor reads the settings file
-    for (const auto& c : cases) {
-        std::remove("talvin init.ini");
-        if (c.settings) std::ofstream("talvin init.ini") << c.settings;
-        hashtable t(instance.c_str());
-        EXPECT_EQ(t.entryCount, c.count) << (c.settings ? c.settings : "no file");
-        EXPECT_EQ(t.index(UINT64_MAX), UINT64_MAX % c.count) << c.count;
-    }
-    std::filesystem::current_path(home);
-    std::filesystem::remove_all(directory);
+    });
     EXPECT_EQ(hashtable::entriesForSize(4095), 4095 * 65536);
 }
 

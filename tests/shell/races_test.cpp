@@ -47,8 +47,7 @@ TEST_F(Races, UciStopsAndPonderHitsRightBehindTheSearchStart) {
     }
     expectReply("isready\n", "readyok\n");
     EXPECT_EQ(count(engine->output, "bestmove "), 201);
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }
 
 TEST_F(Races, XboardAnalysisAndNewGamesRightBehindTheSearchStart) {
@@ -68,6 +67,5 @@ TEST_F(Races, XboardAnalysisAndNewGamesRightBehindTheSearchStart) {
     // No move of a search that a new game stopped comes out after it.
     const size_t lastNew = engine->output.rfind("pong ");
     EXPECT_FALSE(engine->waitFor("\nmove ", 1500, lastNew));
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }

@@ -89,8 +89,7 @@ TEST_F(UciSession, GoStopPonderAndPonderhit) {
     // "stop" during "go ponder" reports the ponder search's move.
     expectReply("position startpos moves e2e4 e7e5\ngo ponder wtime 5000 btime 5000\n", "info depth 3");
     expectReply("stop\n", "\nbestmove ", 3000);
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }
 
 TEST_F(UciSession, PositionMovesStopAtTheFirstBadMove) {
@@ -150,8 +149,7 @@ TEST_F(UciSession, EveryNamedLimitHoldsAloneAndWithAClock) {
     ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
     expectReply("go movetime 100\n", "time next move: 50 ms");
     ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
     expectOnlyUciLines(engine->output);
 }
 
@@ -173,7 +171,6 @@ TEST_F(UciSession, InfiniteWaitsForStopPromotionsAndPonderMovesAsUciWritesThem) 
     expectReply("go depth 3\n", "bestmove 0000\n");
     // The game-end line of a position reached is an info string.
     expectReply("position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1 moves a1a8\n", "info string 1-0 {white mates}\n");
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
     expectOnlyUciLines(engine->output);
 }

@@ -27,8 +27,7 @@ TEST_F(XboardSession, TimeControlsDecideTheTimeForTheNextMove) {
     // centiseconds); after "new" the engine plays black.
     expectReply("new\nlevel 0 5 0\nforce\ne2e4\ntime 6000\npost\ngo\n", "===========time next move: 1500 ms===========\n");
     expectReply("force\nst 2\ngo\n", "===========time next move: 1850 ms===========\n");
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }
 
 TEST_F(XboardSession, DepthLimitEndsTheSearch) {
@@ -54,8 +53,7 @@ TEST_F(XboardSession, MovesSetboardUndoAndErrors) {
     EXPECT_EQ(engine->output.find("start thinkAndMakeBestMove"), std::string::npos);
     // After "new" the engine plays black and answers a move at once.
     expectReply("new\nst 1\ne2e4\n", "\nmove ", 10000);
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }
 
 TEST_F(XboardSession, RefusedPositionsCastlingRightsRemoveAnalyzeAndHint) {
@@ -77,8 +75,7 @@ TEST_F(XboardSession, RefusedPositionsCastlingRightsRemoveAnalyzeAndHint) {
     expectReply("st 1\ngo\n", "\nmove ", 10000);
     expectReply("force\nundo\nanalyze\n", "Start Pondering: no ponderingmove");
     expectReply("exit\nping 3\n", "pong 3\n");
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }
 
 TEST_F(XboardSession, NewDuringASearchStopsIt) {
@@ -89,6 +86,5 @@ TEST_F(XboardSession, NewDuringASearchStopsIt) {
     // The old game's move neither comes out nor lands on the new board.
     EXPECT_FALSE(engine->waitFor("\nmove ", 1000));
     expectReply("force\ne2e4\n", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1\n");
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }

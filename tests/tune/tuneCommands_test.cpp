@@ -57,8 +57,7 @@ TEST_F(TuneSession, BenchepdReportsEveryPositionAndWritesTheMissedOnes) {
     EXPECT_NE(out.find("#4: expected am Rd8#; played Rd8#; not solved; "), std::string::npos);
     EXPECT_EQ(file("!output_incorrect.epd"), "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - bm Rd2;\n"
                                              "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - am Rd8#;\n");
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }
 
 TEST_F(TuneSession, AWeightsFileNamedInTheSettingsIsUsedByTheBoardAndTheSearch) {
@@ -69,8 +68,7 @@ TEST_F(TuneSession, AWeightsFileNamedInTheSettingsIsUsedByTheBoardAndTheSearch) 
     expectReply("xboard\nsetboard 4k3/8/8/8/8/8/8/2BBK3 w - - 0 1\n", "eval=5");
     expectReply("st 1\nsd 1\ngo\n", "\nmove ");
     EXPECT_NE(engine->output.find("\n 1  5"), std::string::npos) << engine->output;
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }
 
 TEST_F(TuneSession, AFaultyWeightsFileIsReportedAndTheBuiltInWeightsStay) {
@@ -82,6 +80,5 @@ TEST_F(TuneSession, AFaultyWeightsFileIsReportedAndTheBuiltInWeightsStay) {
                             "weights stay\n");
     expectReply("setboard 4k3/8/8/8/8/8/8/2BBK3 w - - 0 1\n", "eval=");
     EXPECT_EQ(engine->output.find("eval=5"), std::string::npos);
-    expectReply("quit\n", "Getting rid of handle");
-    EXPECT_EQ(engine->exitStatus(), 0);
+    quit();
 }

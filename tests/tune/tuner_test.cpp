@@ -1,16 +1,13 @@
 #include "tune/tuner.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <string>
 
 #include "../board/testBoard.h"
+#include "../support/scratchDirectory.h"
 #include "eval/evalWeightsFile.h"
 #include "search/localSearch.h"
 
@@ -32,23 +29,15 @@ board& workspace() {
 // built-in weights before and after and the tuning job posted.
 class Tuning : public ::testing::Test {
 protected:
-    std::string directory, home;
+    const scratchDirectory directory;
+    const workingDirectory inside{directory.path};
     void SetUp() override {
-        char pattern[] = "/tmp/talvin-tune-XXXXXX";
-        directory = mkdtemp(pattern);
-        char* cwd = getcwd(nullptr, 0);
-        home = cwd;
-        free(cwd);
-        ASSERT_EQ(chdir(directory.c_str()), 0);
+        ASSERT_TRUE(inside.changed);
         resetEvalWeights();
         testEngine().shared->searchLoopRunFlag = 1;
         testEngine().shared->searchCommand = tuneJob;
     }
-    void TearDown() override {
-        resetEvalWeights();
-        EXPECT_EQ(chdir(home.c_str()), 0);
-        std::system(("rm -rf '" + directory + "'").c_str());
-    }
+    void TearDown() override { resetEvalWeights(); }
 };
 
 // The error is a made-up function of the weights; counts its calls.
@@ -131,52 +120,27 @@ TEST_F(Tuning, RoundsAreLoggedAndWrittenAndAStopRestoresTheWeightUnderTrial) {
 }
 
 TEST_F(Tuning, ConcordanceIsTheRootMeanSquareOfClampedSearchScoresAgainstTheReferences) {
-    const char* fens[] = {"r1bqkbnr/pppp1ppp/2n5/4p3/4P3/5N2/PPPP1PPP/RNBQKB1R w KQkq - 2 3",
-                          "4k3/8/8/8/8/8/8/QQR1K3 b - - 0 1",  // far beyond 1600 for White
-                          "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - 0 1"};
-    const char* references[] = {"+35.9", "-2000.7", "+12"};
-    const int referenceValues[] = {35, -1600, 12};
-    std::ofstream file(resultsFileName);
-    for (int i = 0; i < 3; i++) file << fens[i] << "\n" << references[i] << "\n";
-    file.close();
-
-    // The same searches, in the same order, from the same empty tables.
+    // Two queens and a rook up: the side to move's search score clamps to
+    // +-1600 whatever the depth; references clamp and drop their fraction.
+    const char* white = "4k3/8/8/8/8/8/8/QQR1K3 w - - 0 1";
+    const char* black = "4k3/8/8/8/8/8/8/QQR1K3 b - - 0 1";
+    std::ofstream(resultsFileName) << black << "\n-2000.7\n" << black << "\n+0\n\n" << white << "\n+1564.9\n";
     sharedData& shared = *testEngine().shared;
-    const int depth = 2;
-    testEngine().clearTables();
-    board::lastPositionalScore = 0;
-    int64_t sum = 0;
-    for (int i = 0; i < 3; i++) {
-        workspace().setupPosition(fens[i]);
-        shared.maxDepth = depth;
-        shared.timer1.allottedMs = 30000;
-        shared.timer1.startTimer();
-        testing::internal::CaptureStdout();
-        testEngine().tree.rootSearch(workspace());
-        testing::internal::GetCapturedStdout();
-        const int score = std::clamp(shared.rootBestScore, -1600, 1600);
-        if (i == 1) {
-            EXPECT_EQ(score, -1600);
-        }
-        sum += int64_t(score - referenceValues[i]) * (score - referenceValues[i]);
-    }
-    testEngine().clearTables();
-    board::lastPositionalScore = 0;
     shared.maxDepth = 35;
     tuner t(shared, testEngine().tree, workspace(), tuneJob);
     testing::internal::CaptureStdout();
-    const float concordance = t.calculateConcordance(depth);
+    const float concordance = t.calculateConcordance(2);
     testing::internal::GetCapturedStdout();
     EXPECT_FALSE(t.stopped);
-    EXPECT_EQ(concordance, std::sqrt(static_cast<float>(sum / 3)));
+    EXPECT_NEAR(concordance, 923.994f, 0.001f);  // sqrt((0 + 1600 * 1600 + 36 * 36) / 3), the mean truncated
     EXPECT_EQ(shared.maxDepth, 35);
 
     // A withdrawn job stops at the next position; a file without scores measures nothing.
     shared.searchCommand = 0;
-    EXPECT_EQ(t.calculateConcordance(depth), 0.0f);
+    EXPECT_EQ(t.calculateConcordance(2), 0.0f);
     EXPECT_TRUE(t.stopped);
     shared.searchCommand = tuneJob;
-    std::ofstream(resultsFileName) << fens[0] << "\n";
+    std::ofstream(resultsFileName) << white << "\n";
     tuner empty(shared, testEngine().tree, workspace(), tuneJob);
     testing::internal::CaptureStdout();
     EXPECT_EQ(empty.calculateConcordance(1), 0.0f);
