@@ -9,7 +9,6 @@ layers="shell game tune search parallel book egtb eval board settings platform"
 
 # The upward includes that stand for now, each with its reason.
 allowed="
-board/board_constructor.cpp eval/evalTables.h        the board builds the evaluation's tables the first time one is made
 parallel/sharedData.h game/chessclock.h              the shared record holds the clocks by value
 parallel/sharedData.h game/timer.h                   and the search timer
 parallel/searchProcess.h search/hashtable.h          a searching process owns its transposition table

@@ -2,7 +2,6 @@
 #include <cstdlib>
 
 #include "board/board.h"
-#include "eval/evalTables.h"
 #include "board/killerMoveTable.h"
 #include "settings/settingsFile.h"
 
@@ -102,7 +101,6 @@ static void buildTables() {
             unstoppablePawn[p][k][3] = dUp > mW - 1;
         }
     }
-    buildEvalTables();
 }
 
 board::board(killerMoveTable* killerTable) {

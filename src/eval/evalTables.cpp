@@ -76,7 +76,7 @@ constexpr int8_t centreDiagram[64] = {
 
 }  // namespace
 
-void buildEvalTables() {
+static int buildEvalTables() {
     // Diagram cell 0 is a8 = square 63; square ^ 56 mirrors the rank.
     for (int square = 0; square < 64; square++) {
         for (int type = 0; type < 6; type++) {
@@ -96,4 +96,8 @@ void buildEvalTables() {
         pawnSupport[0][square] = sides & (rank | rank >> 8);
         pawnSupport[1][square] = sides & (rank | rank << 8);
     }
+    return 0;
 }
+
+// Every process needs them, and they depend on nothing that is read at run time.
+[[maybe_unused]] const int evalTablesBuilt = buildEvalTables();

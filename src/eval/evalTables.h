@@ -3,7 +3,7 @@
 
 #include "board/bitboards.h"
 
-// Evaluation tables, filled by the board constructor and read-only afterwards.
+// Evaluation tables, built before main and read-only afterwards.
 // Colours index as the bitboards do (0 White, 1 Black).
 
 // [colour][piece type][square]; Black's values carry the minus sign, so the
@@ -13,8 +13,6 @@ extern int kingCentre[64];           // endgame king placement
 extern uint64_t frontFile[2][64];    // squares ahead on the square's file
 extern uint64_t frontSides[2][64];   // squares ahead on the adjacent files
 extern uint64_t pawnSupport[2][64];  // beside, or one rank behind on the adjacent files
-
-void buildEvalTables();
 
 inline constexpr uint64_t fileB = fileA >> 1;
 inline constexpr uint64_t fileG = fileH << 1;
