@@ -86,7 +86,7 @@ void board::setupPosition(const char* fen) {
         for (; isDigit(*p); p++)
             if (moveNumber < 100000000) moveNumber = moveNumber * 10 + (*p - '0');
         if (negative || moveNumber < 1) moveNumber = 1;
-        ply = 2 * moveNumber - 1 - (toMove + 1) / 2;
+        ply = 2 * moveNumber - 1 - sideIndex(toMove);
     }
 
     bb[NOPIECE][WHITE] = bb[PAWN][WHITE] | bb[KNIGHT][WHITE] | bb[BISHOP][WHITE] | bb[ROOK][WHITE] |
