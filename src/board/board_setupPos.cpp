@@ -95,8 +95,8 @@ void board::setupPosition(const char* fen) {
                          bb[QUEEN][BLACK] | bb[KING][BLACK];
     occupied = bb[NOPIECE][WHITE] | bb[NOPIECE][BLACK];
     for (int type = KNIGHT; type <= QUEEN; type++) {
-        pieceCount[1][type] = static_cast<int8_t>(countBits(bb[type][WHITE]));
-        pieceCount[0][type] = static_cast<int8_t>(countBits(bb[type][BLACK]));
+        pieceCount[sideIndex(1)][type] = static_cast<int8_t>(countBits(bb[type][WHITE]));
+        pieceCount[sideIndex(-1)][type] = static_cast<int8_t>(countBits(bb[type][BLACK]));
     }
     totalMat = wMat + bMat;
     lazy = wMat - bMat;
