@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
     localSearch search(hashMB);
     sharedData& s = *search.shared;
     s.postFlag = post;
-    s.outputMode = uci ? 2 : 1;
+    s.outputMode = uci ? uciProtocol : xboardProtocol;
     s.enable_NMP = nmp;
     s.enable_LMP = lmp;
     s.enable_FUTPRUN = futility;

@@ -86,7 +86,7 @@ void board::setupPosition(const char* fen) {
         for (; isDigit(*p); p++)
             if (moveNumber < 100000000) moveNumber = moveNumber * 10 + (*p - '0');
         if (negative || moveNumber < 1) moveNumber = 1;
-        ply = 2 * moveNumber - 1 - (toMove + 1) / 2;
+        ply = 2 * moveNumber - 1 - sideIndex(toMove);
     }
 
     bb[NOPIECE][WHITE] = bb[PAWN][WHITE] | bb[KNIGHT][WHITE] | bb[BISHOP][WHITE] | bb[ROOK][WHITE] |
@@ -95,8 +95,8 @@ void board::setupPosition(const char* fen) {
                          bb[QUEEN][BLACK] | bb[KING][BLACK];
     occupied = bb[NOPIECE][WHITE] | bb[NOPIECE][BLACK];
     for (int type = KNIGHT; type <= QUEEN; type++) {
-        pieceCount[1][type] = static_cast<int8_t>(countBits(bb[type][WHITE]));
-        pieceCount[0][type] = static_cast<int8_t>(countBits(bb[type][BLACK]));
+        pieceCount[sideIndex(1)][type] = static_cast<int8_t>(countBits(bb[type][WHITE]));
+        pieceCount[sideIndex(-1)][type] = static_cast<int8_t>(countBits(bb[type][BLACK]));
     }
     totalMat = wMat + bMat;
     lazy = wMat - bMat;

@@ -28,7 +28,7 @@ void chessclock::setClock(int moves, int baseMs, int incrementMs, int now) {
     stopClock(now);
     safetyMargin = 150;
     if (moves == 0 && baseMs != 0 && incrementMs != 0) {
-        mode = 3;
+        mode = baseAndIncrement;
         movesPerControl = 1;
         movesLeft[0] = movesLeft[1] = 1;
         timeAddedPerControl = incrementMs;
@@ -37,19 +37,19 @@ void chessclock::setClock(int moves, int baseMs, int incrementMs, int now) {
     } else if (moves == 0 && baseMs != 0) {
         // Sudden death keeps the old time-added value; the clock adds it after
         // every move of a side (the moves-left count of 1 runs out each move).
-        mode = 1;
+        mode = suddenDeath;
         movesPerControl = 1;
         movesLeft[0] = movesLeft[1] = 1;
         baseTime = baseMs;
         setBothTimes(baseMs);
     } else if (moves == 0 && incrementMs != 0) {
-        mode = 2;
+        mode = fixedPerMove;
         movesPerControl = 1;
         movesLeft[0] = movesLeft[1] = 1;
         timeAddedPerControl = incrementMs;
         setBothTimes(0);
     } else if (moves != 0 && baseMs != 0 && incrementMs == 0) {
-        mode = 0;
+        mode = conventional;
         movesPerControl = moves;
         movesLeft[0] = movesLeft[1] = moves;
         timeAddedPerControl = baseMs;
@@ -68,7 +68,7 @@ void chessclock::stopClock(int now) {
 }
 
 void chessclock::startClock(int which, int now) {
-    int target = colourIndex(which == 0 ? enginePlaysWhite : enginePlaysBlack);
+    int target = colourIndex(which == enginesClock ? enginePlaysWhite : enginePlaysBlack);
     int other = 1 - target;
     if (runningClock == other) {
         stopStamp = now;
@@ -76,7 +76,7 @@ void chessclock::startClock(int which, int now) {
         movesLeft[other] = saturate(int64_t{movesLeft[other]} - 1);
         // With an increment the count just runs below zero: the GUI's time
         // reports keep the remaining time right instead.
-        if (movesLeft[other] == 0 && mode != 3) {
+        if (movesLeft[other] == 0 && mode != baseAndIncrement) {
             movesLeft[other] = movesPerControl;
             remaining[other] = saturate(int64_t{remaining[other]} + timeAddedPerControl);
         }
@@ -100,7 +100,7 @@ int64_t chessclock::share(int64_t& margin) const {
     const int64_t added = timeAddedPerControl;
     margin = 150;
     switch (mode) {
-        case 0: {
+        case conventional: {
             // A count below 1 (only reachable through odd input) is taken as
             // "this move ends the control": the share is the whole remaining
             // time, still bounded by the cap below.
@@ -110,12 +110,12 @@ int64_t chessclock::share(int64_t& margin) const {
             // base over 60 moves equals the base over 30, so 60 needs no case.)
             return std::min(left / moves, 2 * added / perControl);
         }
-        case 1:
+        case suddenDeath:
             margin = 0;  // the sudden-death share carries no margin
             return left / 40;
-        case 2:
+        case fixedPerMove:
             return added;
-        case 3:
+        case baseAndIncrement:
             return std::min(left / 30 + added, left);
         default:
             margin = 0;
@@ -136,7 +136,7 @@ int chessclock::moveBudget(int overheadMs) const {
     // A fixed time per move bounds the move, and so does the clock when the
     // front end reports one; the other controls run on the clock.
     int64_t available = remaining[e];
-    if (mode == 2) available = timeReported[e] ? std::min<int64_t>(timeAddedPerControl, remaining[e]) : timeAddedPerControl;
+    if (mode == fixedPerMove) available = timeReported[e] ? std::min<int64_t>(timeAddedPerControl, remaining[e]) : timeAddedPerControl;
     int64_t limit = available - overheadMs;
     if (limit < 1) limit = std::max<int64_t>(1, available / 2);  // nearly flagged: move at once
     // Where the margin would eat the whole share (short controls), the share is kept and the limit guards the clock.

@@ -13,9 +13,9 @@ public:
     int32_t reserved[2];
     int32_t enginePlaysWhite;  // also the engine's colour index
     int32_t enginePlaysBlack;  // also the opponent's colour index
-    int32_t mode;              // 0 moves per control, 1 sudden death, 2 fixed per move, 3 base + increment
+    int32_t mode;              // conventional (moves per control), suddenDeath, fixedPerMove or baseAndIncrement
     int32_t movesPerControl;
-    int32_t timeAddedPerControl;  // mode 0 control base, modes 2/3 per-move time or increment
+    int32_t timeAddedPerControl;  // the control's base (moves per control), the time per move or the increment
     int32_t safetyMargin;
     int32_t remaining[2];  // ms
     int32_t movesLeft[2];  // moves until the next control
@@ -27,12 +27,14 @@ public:
     int32_t timeReported[2];  // the front end has told the side's time since the control was set
 
     static constexpr int32_t stopped = 9;
+    static constexpr int32_t conventional = 0, suddenDeath = 1, fixedPerMove = 2, baseAndIncrement = 3;
+    static constexpr int enginesClock = 0, opponentsClock = 1;  // startClock's which
 
     void associateEngineWithSide(int side);  // 1 white, anything else black
     void setClock(int moves, int baseMs, int incrementMs, int now = get_ms());
     void stopClock(int now = get_ms());
-    // which: 0 starts the engine's clock, 1 the opponent's; the clock running
-    // until now is charged with the move.
+    // which: enginesClock or opponentsClock; the clock running until now is
+    // charged with the move.
     void startClock(int which, int now = get_ms());
     // Brings the running side's time up to date without counting a move.
     void chargeRunningClock(int now = get_ms());

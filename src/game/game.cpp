@@ -33,7 +33,7 @@ bool isLegalMove(const board& position, int move) {
 }
 
 void printEngineMove(const sharedData& shared, const hashtable& table, int move, const board& after) {
-    const bool uci = shared.outputMode == 2;
+    const bool uci = shared.outputMode == uciProtocol;
     char text[10], ponder[10] = "";
     moveToText(move, text, uci);
     if (uci && shared.ponderingActive) {
@@ -66,8 +66,8 @@ int game::makeMove(const char* text) {
     recordMove(move);
     position.makeMove(move);
     if (announceGameEnd(position)) stopClock();
-    else if (engineActive) shared->clock.startClock(0);
-    if (shared->outputMode == 1) position.printBoard();
+    else if (engineActive) shared->clock.startClock(chessclock::enginesClock);
+    if (shared->outputMode == xboardProtocol) position.printBoard();
     return 1;
 }
 
@@ -82,14 +82,14 @@ void game::takeOverPendingMove() {
 int game::thinkAndMakeBestMove() {
     const bool post = shared->postFlag != 0;
     // Only the console sees the board; an infinite search plays no book or ponder move.
-    const bool showBoard = post && shared->outputMode == 1;
+    const bool showBoard = post && shared->outputMode == xboardProtocol;
     const bool analysing = shared->untilStopped != 0;
     if (post) printInfo("start thinkAndMakeBestMove\n");
     stopPondering();
     chessclock& clock = shared->clock;
     clock.chargeRunningClock();
     int allotted = clock.moveBudget(moveOverheadMs);
-    clock.startClock(0);
+    clock.startClock(chessclock::enginesClock);
 
     int move = 0;
     if (shared->enable_BOOK && !analysing) {
@@ -119,7 +119,7 @@ int game::thinkAndMakeBestMove() {
         stopClock();
         return 0;
     }
-    clock.startClock(1);
+    clock.startClock(chessclock::opponentsClock);
     if (showBoard) position.printBoard();
     if (shared->ponderingActive) postSearch(ponderWithGuess);
     return 1;
@@ -133,7 +133,7 @@ void game::autoPlay() {
         // be far off: the move itself is what is waited for.
         for (int waitedMs = 0; shared->pendingEngineMove == 0; waitedMs++) {
             if (searchEnded.wait(1)) {
-                searchState = 0;
+                searchState = searchIdle;
                 break;
             }
             watchSearchProcess(waitedMs, shared->timer1.allottedMs + waitTimeoutMs);
@@ -156,13 +156,13 @@ bool game::setupPosition(const char* fen) {
     if (!position.isLegalPosition()) {
         position = previous;
         std::memcpy(keyHistory, previousKeys, sizeof previousKeys);
-        if (shared->outputMode == 2) printInfo("Illegal position\n");
+        if (shared->outputMode == uciProtocol) printInfo("Illegal position\n");
         else printLine("tellusererror Illegal position\n");
         return false;
     }
     snprintf(setupFen, sizeof setupFen, "%s", fen);
     shared->undoLimitPly = position.ply;
-    if (shared->postFlag && shared->outputMode == 1) position.printBoard();
+    if (shared->postFlag && shared->outputMode == xboardProtocol) position.printBoard();
     return true;
 }
 
@@ -179,7 +179,7 @@ void game::undoMove() {
         position.makeMove(move);
     }
     resetHash();
-    if (shared->postFlag && shared->outputMode == 1) position.printBoard();
+    if (shared->postFlag && shared->outputMode == xboardProtocol) position.printBoard();
 }
 
 void game::setSideToMove(int side) {
@@ -195,12 +195,12 @@ void game::setClock(int moves, int baseMs, int incrementMs) {
 
 void game::setUciOption(int id, int value) {
     switch (id) {
-        case 1: shared->enable_EGTB = value; break;
-        case 2: shared->enable_NMP = value; break;
-        case 3: shared->enable_LMP = value; break;
-        case 4: shared->enable_BOOK = value; break;
-        case 5: shared->enable_EXTENTIONS = value; break;
-        case 6: shared->enable_FUTPRUN = value; break;
+        case egtbOption: shared->enable_EGTB = value; break;
+        case nullMoveOption: shared->enable_NMP = value; break;
+        case lateMovePruningOption: shared->enable_LMP = value; break;
+        case bookOption: shared->enable_BOOK = value; break;
+        case extensionsOption: shared->enable_EXTENTIONS = value; break;
+        case futilityOption: shared->enable_FUTPRUN = value; break;
         default: break;
     }
 }
@@ -215,7 +215,7 @@ void game::postSearch(int command) {
     shared->searchCommand = command;
     shared->allSearchprocesEnabled = 1;
     startSearch.set();
-    searchState = command == ponderAsItStands ? 3 : 1;
+    searchState = command == ponderAsItStands ? ponderAsItStandsPosted : searchPosted;
 }
 
 void game::postJob(int command) {
@@ -245,13 +245,13 @@ void game::startPondering() {
 }
 
 void game::stopPondering() {
-    if (searchState == 0) return;
+    if (searchState == searchIdle) return;
     // Taken under the I/O mutex, under which the search process looks at the
     // command before it prints its move: once the stop is in, no move of
     // the stopped search comes out.
     {
         lockGuard io(mutex::io);
-        shared->searchCommand = 0;
+        shared->searchCommand = noCommand;
     }
     // The search ends at its next node. The flag, unlike the budget, is
     // never set by the search process, so a stop that comes before the
@@ -260,17 +260,17 @@ void game::stopPondering() {
     shared->timer1.allottedMs = 0;
     waitForSearchEnd(waitTimeoutMs);
     shared->pendingEngineMove = 0;
-    searchState = 0;
+    searchState = searchIdle;
 }
 
 void game::moveNow() {
     shared->timer1.allottedMs = 0;
     // A UCI stop ends whatever runs, a ponder search too.
-    if (shared->outputMode == 2) shared->allSearchprocesEnabled = 0;
-    if (searchState == 3 && shared->outputMode == 2) {
+    if (shared->outputMode == uciProtocol) shared->allSearchprocesEnabled = 0;
+    if (searchState == ponderAsItStandsPosted && shared->outputMode == uciProtocol) {
         // The ponder search stores its result before it reports its end.
         waitForSearchEnd(waitTimeoutMs);
-        searchState = 0;
+        searchState = searchIdle;
         char text[10] = "0000";
         if (shared->ponderResultMove) moveToText(shared->ponderResultMove, text, true);
         printLine("bestmove %s\n", text);
@@ -280,7 +280,7 @@ void game::moveNow() {
 void game::playOther() {
     engineActive = 1;
     associateEngineWithSide(-position.toMove);
-    shared->clock.startClock(1);
+    shared->clock.startClock(chessclock::opponentsClock);
     startPonderingCurrentPosition();
 }
 

@@ -10,12 +10,28 @@
 #include "parallel/sharedData.h"
 #include "search/hashtable.h"
 
+// sharedData::searchCommand. A search whose command was set back to
+// noCommand meanwhile plays nothing.
+inline constexpr int noCommand = 0;
 inline constexpr int searchAndPlay = 1;
 inline constexpr int ponderWithGuess = 2;
 inline constexpr int ponderAsItStands = 3;
 inline constexpr int tuneCommand = 4;
 inline constexpr int tuneLECommand = 5;
 inline constexpr int epdCommand = 6;
+
+// game::searchState. 3 like the command that starts it; there is no 2.
+enum searchStateValue : int32_t { searchIdle = 0, searchPosted = 1, ponderAsItStandsPosted = 3 };
+
+// The ids of setUciOption: the switches a UCI front end may change during a game.
+enum uciOptionId : int {
+    egtbOption = 1,
+    nullMoveOption = 2,
+    lateMovePruningOption = 3,
+    bookOption = 4,
+    extensionsOption = 5,
+    futilityOption = 6,
+};
 
 // The engine as the protocol loops drive it, in the user-interface process.
 // It never searches itself: it posts commands to the search process (role
@@ -33,7 +49,9 @@ public:
     sharedDataMapping sharedOwner;
     sharedData* shared;
     board position;
-    int32_t searchState;  // 0 idle, 1 a search or a ponder search posted, 3 a UCI ponder search or an analysis
+    // searchPosted also for a ponder search on a guess; ponderAsItStandsPosted
+    // for a UCI ponder search or an analysis.
+    int32_t searchState;
     hashtable table;
     int moveOverheadMs;   // kept back from every time budget for the way to the front end
 

@@ -22,7 +22,7 @@ void game::benchCurrentPosition(int timeMs) {
     // Command 0: the search process searches but plays nothing.
     postSearch(0);
     waitForSearchEnd(timeMs + waitTimeoutMs);
-    searchState = 0;
+    searchState = searchIdle;
 }
 
 // Sets up and searches, to the given depth, every position forEach hands to

@@ -13,7 +13,7 @@ void game::watchSearchProcess(int waitedMs, int boundMs) {
     // names are gone: the engine ends cleanly instead and says why.
     killSearchProcess();  // hung
     const char* message = "The search process has stopped working; the engine exits";
-    if (shared->outputMode == 2) printLine("info string %s\n", message);
+    if (shared->outputMode == uciProtocol) printLine("info string %s\n", message);
     else printLine("tellusererror %s\n", message);
     exit(1);
 }
@@ -31,14 +31,14 @@ game::game(const char* instance)
     setupStartPosition();
     shared->ponderingActive = 0;
     engineActive = 1;
-    searchState = 0;
+    searchState = searchIdle;
     shared->clock.setClock(1, 1000, 0);
     shared->maxDepth = 35;
     shared->postFlag = 1;
     shared->searchLoopRunFlag = 1;
     shared->runFlag = 1;
-    shared->searchCommand = 0;
-    shared->outputMode = 1;
+    shared->searchCommand = noCommand;
+    shared->outputMode = xboardProtocol;
     shared->allSearchprocesEnabled = 1;
     shared->enable_EGTB = shared->enable_NMP = shared->enable_LMP = 1;
     shared->enable_FUTPRUN = shared->enable_EXTENTIONS = shared->enable_BOOK = 1;

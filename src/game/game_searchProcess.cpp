@@ -20,7 +20,7 @@ bool isSentinel(int move) { return move == checkmateSentinel || move == stalemat
 // The background search: on the position after the table's guess of the
 // opponent's reply (command 2), or on the position as it stands (3).
 void ponder(sharedData& shared, searchtree& tree, const board& position, int command) {
-    if (!shared.ponderingActive || command == 0) return;
+    if (!shared.ponderingActive || command == noCommand) return;
     board pondered = position;
     int guess = 0;
     if (command != ponderAsItStands) {
@@ -49,7 +49,7 @@ void ponder(sharedData& shared, searchtree& tree, const board& position, int com
 bool playSearchResult(sharedData& shared, searchtree& tree, board& position, int move) {
     if (isSentinel(move)) {
         // No legal move: a UCI front end still waits for an answer.
-        if (shared.outputMode == 2) printLine("bestmove 0000\n");
+        if (shared.outputMode == uciProtocol) printLine("bestmove 0000\n");
         return false;
     }
     shared.pendingEngineMove = static_cast<uint16_t>(move);
@@ -57,19 +57,19 @@ bool playSearchResult(sharedData& shared, searchtree& tree, board& position, int
     position.makeMove(move);
     printEngineMove(shared, *tree.table, move, position);
     const bool over = announceGameEnd(position);
-    if (shared.postFlag && shared.outputMode == 1) position.printBoard();
+    if (shared.postFlag && shared.outputMode == xboardProtocol) position.printBoard();
     if (over) {
         shared.clock.stopClock();
         return false;
     }
-    shared.clock.startClock(1);
+    shared.clock.startClock(chessclock::opponentsClock);
     return true;
 }
 
 // An infinite search answers only when told to stop, even when it ended
 // early (a single legal move, a mate found).
 void waitForStop(const sharedData& shared) {
-    while (shared.timer1.allottedMs != 0 && shared.allSearchprocesEnabled != 0 && shared.searchCommand != 0)
+    while (shared.timer1.allottedMs != 0 && shared.allSearchprocesEnabled != 0 && shared.searchCommand != noCommand)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
@@ -99,9 +99,9 @@ static void searchLoop(sharedData* shared, searchProcess& process, board& positi
             bool goesOn;
             {
                 lockGuard io(mutex::io);
-                goesOn = shared->searchCommand != 0 && playSearchResult(*shared, tree, position, move);
+                goesOn = shared->searchCommand != noCommand && playSearchResult(*shared, tree, position, move);
             }
-            if (goesOn && shared->outputMode != 2) ponder(*shared, tree, position, shared->searchCommand);
+            if (goesOn && shared->outputMode != uciProtocol) ponder(*shared, tree, position, shared->searchCommand);
         }
         searchEnded.set();
     }

@@ -4,7 +4,7 @@
 
 void searchProcess::slaveStandBy(searchtree& tree, sharedData& shared) {
     const int n = processNumber;
-    shared.processState[n] = 1;
+    shared.processState[n] = processIdle;
     slaveAvailable.set();
     if (shared.runFlag == 0) return;
     for (;;) {
@@ -40,7 +40,7 @@ void searchProcess::helpWithBlock(searchtree& tree, sharedData& shared, int b) {
     tree.searchBlockMoves(b, node, depth, alpha, lastMove, false);
     {
         lockGuard mt(mutex::mt);
-        shared.processState[n] = 1;
+        shared.processState[n] = processIdle;
         shared.nodeTotals[0] += tree.nodes[0];
         shared.nodeTotals[1] += tree.nodes[1];
         tree.nodes[0] = tree.nodes[1] = 0;

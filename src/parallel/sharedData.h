@@ -15,6 +15,13 @@
 inline constexpr int splitBlockCount = 100;
 inline constexpr int freeSplitBlock = 9999;
 
+// sharedData::outputMode: the front end's protocol (the console counts as xboard).
+enum protocol : int32_t { xboardProtocol = 1, uciProtocol = 2 };
+
+// sharedData::processState. Zero until the process first reports, and never
+// claimed then.
+enum processStateValue : int32_t { processIdle = 1, processBusy = 2 };
+
 // A board and the key history that goes with it, as handed between processes.
 struct positionImage {
     alignas(board) unsigned char image[sizeof(board)];
@@ -68,7 +75,7 @@ struct sharedData {
     // game controller and search process
     int32_t searchLoopRunFlag;
     int32_t searchCommand;
-    int32_t outputMode;     // 1 xboard and console, 2 UCI
+    int32_t outputMode;     // xboardProtocol or uciProtocol
     int32_t maxDepth;
     int32_t postFlag;
     int32_t ponderingActive;
@@ -104,7 +111,7 @@ struct sharedData {
 
     int32_t processCount;
     int32_t allSearchprocesEnabled;
-    int32_t processState[maxProcesses];      // 1 idle and available, 2 busy
+    int32_t processState[maxProcesses];      // processIdle: available for a split; processBusy
     int32_t assignedSplitBlock[maxProcesses];
     int32_t waitingForBlock[maxProcesses];   // block an owner waits for while idle, 0 none: a claim wakes it there
     int32_t processLost[maxProcesses];       // claimed and never back: not claimed again

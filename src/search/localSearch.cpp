@@ -8,7 +8,7 @@ localSearch::localSearch(int hashMB)
     removeInstanceObjects();
     board::killers = &shared->killers;
     sharedData& s = *shared;
-    s.outputMode = 1;
+    s.outputMode = xboardProtocol;
     s.postFlag = 0;
     s.processCount = 1;
     s.allSearchprocesEnabled = 1;

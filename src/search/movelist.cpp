@@ -1,7 +1,7 @@
 #include "search/movelist.h"
 
 void movelist::sortAfterSearch(int n) {
-    int best = -16001;
+    int best = -mateScore - 1;  // below every real score, above the marks
     for (int i = 0; i < 100 && moves[i] != 0; i++) {
         const int s = score(i);
         if (i < n && s > best) {

@@ -67,8 +67,8 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
     {
         lockGuard mt(mutex::mt);
         for (int p = 0; p < shared->processCount && p < maxProcesses; p++) {
-            if (p == processSlot || shared->processState[p] != 1 || shared->processLost[p]) continue;
-            shared->processState[p] = 2;
+            if (p == processSlot || shared->processState[p] != processIdle || shared->processLost[p]) continue;
+            shared->processState[p] = processBusy;
             waitingAt[claimedCount] = shared->waitingForBlock[p];
             claimed[claimedCount++] = p;
         }
@@ -100,7 +100,7 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
         }
         if (blockNumber == 0) {
             printInfo("WARNING: No splitblock available!\n");
-            for (int i = 0; i < claimedCount; i++) shared->processState[claimed[i]] = 1;
+            for (int i = 0; i < claimedCount; i++) shared->processState[claimed[i]] = processIdle;
             return 0;
         }
     }
@@ -149,7 +149,7 @@ void searchtree::waitForSlaves(int blockNumber) {
     // Idle meanwhile: a slave that splits below the block may claim this process.
     {
         lockGuard mt(mutex::mt);
-        shared->processState[processSlot] = 1;
+        shared->processState[processSlot] = processIdle;
     }
     process->slaveAvailable.set();
     auto deadline = clock::now() + std::chrono::milliseconds(waitTimeoutMs);
@@ -162,7 +162,7 @@ void searchtree::waitForSlaves(int blockNumber) {
             // Said again at every round: a wait nested in a job helped meanwhile has cleared it.
             if (assigned == 0) shared->waitingForBlock[processSlot] = done ? 0 : blockNumber;
             if (done) {
-                shared->processState[processSlot] = 2;
+                shared->processState[processSlot] = processBusy;
                 return;
             }
         }
@@ -181,12 +181,12 @@ void searchtree::waitForSlaves(int blockNumber) {
         if (clock::now() < deadline) continue;
         printInfo("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
         lockGuard mt(mutex::mt);
-        shared->processState[processSlot] = 2;
+        shared->processState[processSlot] = processBusy;
         shared->waitingForBlock[processSlot] = 0;
         // A process that never came back (killed, most likely) would cost
         // this wait again at every split.
         for (int p = 0; p < maxProcesses; p++)
-            if (block.claimedMask >> p & 1 && shared->processState[p] == 2) shared->processLost[p] = 1;
+            if (block.claimedMask >> p & 1 && shared->processState[p] == processBusy) shared->processLost[p] = 1;
         return;
     }
 }

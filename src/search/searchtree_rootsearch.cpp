@@ -32,7 +32,7 @@ void searchtree::reportNodes() {
 
 void searchtree::announceRootMove(int i) {
     shared->rootMoveNumber = i + 1;
-    if (shared->outputMode != 1 && shared->postFlag && shared->timer1.getTimePassedBy() > 1000) {
+    if (shared->outputMode == uciProtocol && shared->postFlag && shared->timer1.getTimePassedBy() > 1000) {
         char text[10];
         moveToText(rootList.moves[i], text, true);
         printLine("info currmovenumber %d currmove %s\n", i + 1, text);
@@ -44,7 +44,7 @@ void searchtree::printThinking(const board& position, int firstMove, char* out, 
     for (int move = firstMove, count = 0; move != 0 && count < 64; count++) {
         if (isRepetition(b)) break;
         char text[10];
-        moveToText(move, text, shared->outputMode == 2);
+        moveToText(move, text, shared->outputMode == uciProtocol);
         append(out, size, "%s ", text);
         b.makeMove(move);
         move = static_cast<uint16_t>(table->probeBestMove(b.boardKey));
@@ -61,7 +61,7 @@ void searchtree::printThinkingLine(const board& position, int depthShown, int sc
     const long long t = shared->timer1.getTimePassedBy() / 10;
     if (printInvertedScore && position.toMove == -1) score = -score;
     char line[1200] = "";
-    if (shared->outputMode != 1)
+    if (shared->outputMode == uciProtocol)
         append(line, sizeof line, "info depth %d score cp %d time %lld nodes %lld nps %lld pv ", depthShown, score,
                t, n, t ? n / t : 0);
     else
@@ -74,7 +74,7 @@ int searchtree::rootSearch(const board& position) {
     shared->killers.reset();
     nodes[0] = nodes[1] = 0;
     shared->nodeTotals[0] = shared->nodeTotals[1] = 0;
-    shared->processState[processSlot] = 2;
+    shared->processState[processSlot] = processBusy;
     board root = position;
     root.rootPly = root.ply;
     shared->rootPosition.store(root);
@@ -94,7 +94,7 @@ int searchtree::rootSearch(const board& position) {
     if (rootMoveCount == 0) return root.inCheck() ? checkmateSentinel : stalemateSentinel;
     if (rootMoveCount == 1) return rootList.moves[0];
 
-    const bool uci = shared->outputMode != 1;
+    const bool uci = shared->outputMode == uciProtocol;
     const bool post = shared->postFlag != 0;
     int previous = root.evaluate(-mateScore, mateScore);
     int bestMove = rootList.moves[0];
@@ -116,7 +116,9 @@ int searchtree::rootSearch(const board& position) {
         }
         if (shared->processCount > 0) {
             lockGuard mt(mutex::mt);
-            shared->processState[shared->processCount - 1] = 1;
+            // The last slot, not this process's own, which stays busy: kept, it
+            // decides which processes the next splits can claim.
+            shared->processState[shared->processCount - 1] = processIdle;
         }
         if (isAbort(score) || searchStopped()) {
             onlyFirstMove = true;

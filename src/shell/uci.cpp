@@ -87,19 +87,23 @@ void collectOption(settingsFileValues& v, const char* line) {
 }
 
 void changeOption(game& g, const char* rest) {
+    constexpr int ponderSwitch = 0;  // not a game option: pondering has setters of its own
     struct {
         const char* text;
-        int id;  // 0: pondering
-    } switches[] = {{"Ponder value ", 0},         {"EGTB value ", 1},
-                    {"Extentions value ", 5},     {"Null-move Pruning value ", 2},
-                    {"Late-move Pruning value ", 3}, {"Futility Pruning value ", 6},
-                    {"OwnBook value ", 4}};
+        int id;
+    } switches[] = {{"Ponder value ", ponderSwitch},
+                    {"EGTB value ", egtbOption},
+                    {"Extentions value ", extensionsOption},
+                    {"Null-move Pruning value ", nullMoveOption},
+                    {"Late-move Pruning value ", lateMovePruningOption},
+                    {"Futility Pruning value ", futilityOption},
+                    {"OwnBook value ", bookOption}};
     for (const auto& s : switches) {
         if (!startsWith(rest, s.text)) continue;
         const char* value = rest + strlen(s.text);
         const int on = startsWith(value, "true") ? 1 : startsWith(value, "false") ? 0 : -1;
         if (on < 0) return;
-        if (s.id == 0) {
+        if (s.id == ponderSwitch) {
             if (on) g.setPonderingActive();
             else g.setPonderingInactive();
         } else {
@@ -208,7 +212,7 @@ int runUci() {
     writeSettingsFile(settingsFileName, engineName, values);
     setUciOutput();  // before the other processes start: they print too
     game g(instanceName());
-    g.shared->outputMode = 2;
+    g.shared->outputMode = uciProtocol;
     g.setClock(0, 0, 5000);
     while (!ended && !startsWith(line, "quit")) {
         if (startsWith(line, "isready")) printLine("readyok\n");

@@ -11,7 +11,7 @@ const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1
 
 int scoreOf(const uint16_t* buffer, const char* text) {
     for (int i = 0; buffer[i]; i++)
-        if (moveText(buffer[i]) == text) return static_cast<int16_t>(buffer[100 + i]);
+        if (moveText(buffer[i]) == text) return static_cast<int16_t>(buffer[moveScoreSlot + i]);
     ADD_FAILURE() << text << " not generated";
     return -1;
 }

@@ -17,9 +17,9 @@ TEST(SplitBlock, HandsOutEachMoveOnceAndMarksHowItEnded) {
     const uint16_t moves[] = {101, 202, 303, 0};
     for (int i = 0; i < 4; i++) {
         block->moves[i] = moves[i];
-        block->moves[100 + i] = 7;  // ordering scores before the split
+        block->moves[moveScoreSlot + i] = 7;  // ordering scores before the split
     }
-    auto slot = [&](int i) { return static_cast<int16_t>(block->moves[100 + i]); };
+    auto slot = [&](int i) { return static_cast<int16_t>(block->moves[moveScoreSlot + i]); };
 
     int index = -1;
     for (int i = 0; i < 3; i++) {
