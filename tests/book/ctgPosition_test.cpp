@@ -18,11 +18,7 @@ std::string hex(const uint8_t* bytes, int count) {
 }
 
 TEST(CtgPosition, EncodingsAndHashesOfKnownPositions) {
-    const struct {
-        const char* fen;
-        const char* encoding;
-        uint32_t hash;
-    } cases[] = {
+    const struct { const char* fen; const char* encoding; uint32_t hash; } cases[] = {
         {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
          "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f", 0xeb7ed3d7},
         // Black to move: flipped; the en passant file is dropped, no pawn can take
@@ -50,11 +46,7 @@ TEST(CtgPosition, EncodingsAndHashesOfKnownPositions) {
 }
 
 TEST(CtgPosition, NormalisationFlipsMirrorsAndCleansRightsAndEnPassant) {
-    const struct {
-        const char* fen;
-        bool flipped, mirrored;
-        int castling, enPassantFile;
-    } cases[] = {
+    const struct { const char* fen; bool flipped, mirrored; int castling, enPassantFile; } cases[] = {
         {"8/8/8/4k3/8/8/8/2K5 w - - 0 1", false, true, 0, -1},
         {"8/8/8/4k3/8/8/8/2K5 b - - 0 1", true, false, 0, -1},
         // any right left, even the other side's, keeps the files as they are
@@ -169,10 +161,7 @@ TEST(CtgPosition, LegalMovesComeBackFromTheirBytes) {
 TEST(CtgPosition, DoubtfulBytesTakeTheirFirstLegalReading) {
     ctgPosition position;
     ASSERT_TRUE(position.setup("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1"));
-    const struct {
-        uint8_t code;
-        const char* move;
-    } cases[] = {
+    const struct { uint8_t code; const char* move; } cases[] = {
         {0x03, "e5g4"},  // no second queen: the knight's unplaced step
         {0xf1, "e5g4"},
         {0xf2, "e1c1"},  // the second bishop's step is blocked: castling long

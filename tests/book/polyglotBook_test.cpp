@@ -38,10 +38,7 @@ std::string bookBytes(std::vector<rawEntry> entries) {
 }
 
 TEST(PolyglotBook, KeysOfTheDocumentedPositions) {
-    const struct {
-        const char* fen;
-        uint64_t key;
-    } cases[] = {
+    const struct { const char* fen; uint64_t key; } cases[] = {
         {startFen, 0x463b96181691fc9c},
         {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", 0x823c9b50fd114196},
         {"rnbqkbnr/ppp1pppp/8/3p4/4P3/8/PPPP1PPP/RNBQKBNR w KQkq d6 0 2", 0x0756b94461c50fb0},
@@ -115,11 +112,7 @@ TEST_F(PolyglotFiles, EntriesBecomeLegalMovesInFileOrder) {
 
 TEST_F(PolyglotFiles, MissingOrDamagedFilesHoldNothingAndNeverCrash) {
     const std::string entries = bookBytes({{keyOf(startFen), moveWord("e2e4"), 3}, {keyOf(startFen), moveWord("d2d4"), 2}});
-    const struct {
-        const char* damage;
-        bool present;
-        std::string bytes, message, moves;
-    } cases[] = {
+    const struct { const char* damage; bool present; std::string bytes, message, moves; } cases[] = {
         {"missing", false, "", "Error reading bin-file: " + path("book.bin") + "\n", "unreadable"},
         {"empty", true, "", "", "unreadable"},
         {"partial last entry", true, entries.substr(0, 24), "", "e2e4"},

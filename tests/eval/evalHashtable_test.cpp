@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "../support/process.h"
 #include "../support/sharedTable.h"
 
 namespace {
@@ -63,26 +64,21 @@ TEST_F(evalHashtableTest, SizeSettingChoosesTheEntryCountAndTheIndexIsTheKeyModu
 TEST_F(evalHashtableTest, ProcessesShareTheTableByNameAndSetUpAndTeardownReport) {
     auto parent = table();
     parent->store(keyA, -77);
-    const pid_t pid = fork();
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {
+    int status = -1;
+    inChild([&] {
         evalHashtable child(instance.c_str(), 2, true);  // the creator's size wins
         child.store(keyA + 1, 55);
         _exit(child.entryCount == 65536 && child.probe(keyA) == -77 ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(pid, &status, 0), pid);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    }, &status);
+    EXPECT_EQ(status, 0);
     EXPECT_EQ(parent->probe(keyA + 1), 55);
 
-    testing::internal::CaptureStdout();
-    auto broken = std::make_unique<evalHashtable>("no/such/name", 1, false);  // not a valid object name
-    broken->store(0x1234, 10);  // a table without mapping ignores everything
-    EXPECT_EQ(broken->probe(0x1234), miss);
-    broken->reset();
-    broken.reset();
-    parent.reset();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "ERROR! Could not create file mapping object sharedEvalHashtable.\n"
+    EXPECT_EQ(printed([&] {
+        evalHashtable broken("no/such/name", 1, false);  // not a valid object name
+        broken.store(0x1234, 10);                         // a table without mapping ignores everything
+        EXPECT_EQ(broken.probe(0x1234), miss);
+        broken.reset();
+    }), "ERROR! Could not create file mapping object sharedEvalHashtable.\n");
+    EXPECT_EQ(printed([&] { parent.reset(); }),
               "unmapping sharedEvalHashtable....\nGetting rid of handle sharedEvalHashtable....\n");
 }

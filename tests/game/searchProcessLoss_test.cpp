@@ -1,28 +1,17 @@
-#include <dirent.h>
 #include <signal.h>
 
-#include <fstream>
-
 #include "../shell/protocolSession.h"
+#include "../support/process.h"
 
 namespace {
 
 // The search process: the engine's child started with the role argument "0".
 int searchProcessOf(int enginePid) {
-    DIR* dir = opendir("/proc");
     int found = 0;
-    while (dirent* entry = readdir(dir)) {
-        const int pid = atoi(entry->d_name);
-        if (pid <= 0) continue;
-        std::string name, state;
-        int parent = 0;
-        std::ifstream(std::string("/proc/") + entry->d_name + "/stat") >> name >> name >> state >> parent;
-        std::ifstream in(std::string("/proc/") + entry->d_name + "/cmdline");
-        const std::string command((std::istreambuf_iterator<char>(in)), {});
-        if (parent == enginePid && command.size() >= 2 && command.compare(command.size() - 2, 2, std::string("0\0", 2)) == 0)
-            found = pid;
-    }
-    closedir(dir);
+    forEachProcess([&](const processEntry& p) {
+        const std::string command = p.file("cmdline");  // ends "0\0"
+        if (p.parent == enginePid && command.size() >= 2 && command[command.size() - 2] == '0') found = p.pid;
+    });
     return found;
 }
 

@@ -8,56 +8,19 @@
 #include <string>
 #include <thread>
 
+#include "../support/process.h"
 #include "platform/mutex.h"
 #include "platform/namedEvent.h"
 #include "parallel/sharedData.h"
 
 namespace {
 
-std::string uniqueInstance(const char* what) {
-    char name[64];
-    snprintf(name, sizeof name, "Test%s-%d", what, static_cast<int>(getpid()));
-    return name;
-}
+// An object name of this test process's own; the instance part without the slash.
+std::string uniqueName(const char* what) { return "/Test" + std::string(what) + "-" + std::to_string(getpid()); }
 
-std::string uniqueName(const char* what) {
-    char name[64];
-    snprintf(name, sizeof name, "/Test%s-%d", what, static_cast<int>(getpid()));
-    return name;
+std::string waitOn(namedMutex& handle, int timeoutMs) {
+    return printed([&] { mutex::waitWithHandle(handle, timeoutMs); });
 }
-
-// Runs body in a forked child with its standard output captured; returns what it printed.
-template <class body>
-std::string inChild(body run, int* status = nullptr) {
-    int out[2];
-    EXPECT_EQ(pipe(out), 0);
-    fflush(stdout);  // or the child prints what this process still buffers
-    const pid_t pid = fork();
-    if (pid == 0) {
-        dup2(out[1], 1);
-        close(out[0]);
-        setvbuf(stdout, nullptr, _IONBF, 0);
-        run();
-        _exit(0);
-    }
-    close(out[1]);
-    std::string text;
-    char buffer[256];
-    for (ssize_t n; (n = read(out[0], buffer, sizeof buffer)) > 0;) text.append(buffer, n);
-    close(out[0]);
-    int childStatus = 0;
-    waitpid(pid, &childStatus, 0);
-    if (status) *status = childStatus;
-    return text;
-}
-
-std::string captured(void (*run)(namedMutex&, int), namedMutex& handle, int timeoutMs) {
-    testing::internal::CaptureStdout();
-    run(handle, timeoutMs);
-    return testing::internal::GetCapturedStdout();
-}
-
-void waitOn(namedMutex& handle, int timeoutMs) { mutex::waitWithHandle(handle, timeoutMs); }
 
 }  // namespace
 
@@ -75,20 +38,19 @@ TEST(NamedObjects, MappingWrittenByOneProcessIsReadByAnother) {
     ASSERT_EQ(created.create(name.c_str(), 4096), namedMapping::ok);
     EXPECT_EQ(static_cast<unsigned char*>(created.view)[100], 0);  // fresh memory is zero
     static_cast<int*>(created.view)[10] = 4242;
-    int status = 0;
     const std::string text = inChild([&] {
         namedMapping opened;
         if (opened.open(name.c_str()) != namedMapping::ok) _exit(3);
         printf("%d %zu", static_cast<int*>(opened.view)[10], opened.size);
         static_cast<int*>(opened.view)[11] = 7;
-    }, &status);
+    });
     EXPECT_EQ(text, "4242 4096");
     EXPECT_EQ(static_cast<int*>(created.view)[11], 7);
     shm_unlink(name.c_str());
 }
 
 TEST(NamedObjects, OpenerWaitsUntilTheMutexesExist) {
-    const std::string instance = uniqueInstance("Open");
+    const std::string instance = uniqueName("Open").substr(1);
     int status = 0;
     std::thread creator([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(150));
@@ -100,7 +62,7 @@ TEST(NamedObjects, OpenerWaitsUntilTheMutexesExist) {
     });
     const std::string text = inChild([&] { mutex::init(instance.c_str(), true, 20); }, &status);
     creator.join();
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(status, 0);
     EXPECT_EQ(text.rfind("WAIT- no handle, ERROR= 2\nhandleMutex_IO_" + instance + "\n", 0), 0u) << text;
     EXPECT_EQ(text.find("MT"), std::string::npos);  // the second one was there by then
     shm_unlink(("/handleMutex_IO_" + instance).c_str());
@@ -119,10 +81,8 @@ TEST(NamedObjects, AbandonedTimedOutAndFailedWaits) {
         pthread_mutex_lock(opened.lock());
         _exit(0);
     });
-    EXPECT_EQ(captured(waitOn, lock, 2000), "\n@mutex timeout:  WAIT_ABANDONED\n");
-    testing::internal::CaptureStdout();
-    mutex::releaseWithHandle(lock);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(waitOn(lock, 2000), "\n@mutex timeout:  WAIT_ABANDONED\n");
+    EXPECT_EQ(printed([&] { mutex::releaseWithHandle(lock); }), "");
 
     // Another process holds it: the wait times out and the caller goes on.
     int ready[2];
@@ -139,19 +99,17 @@ TEST(NamedObjects, AbandonedTimedOutAndFailedWaits) {
     char byte;
     ASSERT_EQ(read(ready[0], &byte, 1), 1);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(captured(waitOn, lock, 200), "\n@mutex timeout:  WAIT_TIMEOUT\n");
+    EXPECT_EQ(waitOn(lock, 200), "\n@mutex timeout:  WAIT_TIMEOUT\n");
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(190));
     kill(holder, SIGKILL);
     waitpid(holder, nullptr, 0);
 
     // Releasing a mutex this process does not hold fails and says so.
-    testing::internal::CaptureStdout();
-    mutex::releaseWithHandle(lock);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "failed to release mutex! ERROR=1\n");
+    EXPECT_EQ(printed([&] { mutex::releaseWithHandle(lock); }), "failed to release mutex! ERROR=1\n");
 
     // A mutex that could not be created: every wait fails, with five retries.
     namedMutex missing;
-    EXPECT_EQ(captured(waitOn, missing, 10), "\n@mutex timeout:  WAIT_FAILED ERRORCODE=22\nX1 X2 X3 X4 X5 \n");
+    EXPECT_EQ(waitOn(missing, 10), "\n@mutex timeout:  WAIT_FAILED ERRORCODE=22\nX1 X2 X3 X4 X5 \n");
     shm_unlink(name.c_str());
 }
 

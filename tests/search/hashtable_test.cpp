@@ -6,6 +6,7 @@
 #include <iterator>
 #include <memory>
 
+#include "../support/process.h"
 #include "../support/sharedTable.h"
 
 namespace {
@@ -113,29 +114,25 @@ TEST_F(hashtableTest, ProcessesShareTheTableByNameAndSetUpAndTeardownReport) {
     ASSERT_TRUE(parent->ready);
     const uint64_t lastSlot = keyA | 0xFFFF;
     parent->recordHash(lastSlot, 3, 0, 9, exact, 0x99);
-    const pid_t pid = fork();
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {
+    int status = -1;
+    inChild([&] {
         hashtable child(instance.c_str(), 2, true);  // the creator's size wins
         child.recordHash(keyA + 2, 2, 0, 17, lower, 0x456);
         _exit(child.ready && child.entryCount == 65536 ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(pid, &status, 0), pid);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    }, &status);
+    EXPECT_EQ(status, 0);
     EXPECT_EQ(parent->probeBestMove(lastSlot), 0u);  // opening clears the whole table
     EXPECT_EQ(parent->probeBestMove(keyA + 2), pack(0x456, 2, 0, 17, lower));
 
-    testing::internal::CaptureStdout();
-    auto broken = std::make_unique<hashtable>("no/such/name", 1, false);  // not a valid object name
-    EXPECT_FALSE(broken->ready);
-    broken->recordHash(0, 5, 0, 10, exact, 0x77);  // a table without mapping ignores everything
-    EXPECT_EQ(broken->probeHash(0, 0, 10, 20), miss);
-    EXPECT_EQ(broken->probeBestMove(0), 0u);
-    broken->reset();
-    broken.reset();
-    parent.reset();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "ERROR! Could not create file mapping object sharedHashtable.\n"
+    // A table without mapping ignores everything.
+    EXPECT_EQ(printed([&] {
+        hashtable broken("no/such/name", 1, false);  // not a valid object name
+        EXPECT_FALSE(broken.ready);
+        broken.recordHash(0, 5, 0, 10, exact, 0x77);
+        EXPECT_EQ(broken.probeHash(0, 0, 10, 20), miss);
+        EXPECT_EQ(broken.probeBestMove(0), 0u);
+        broken.reset();
+    }), "ERROR! Could not create file mapping object sharedHashtable.\n");
+    EXPECT_EQ(printed([&] { parent.reset(); }),
               "unmapping sharedHashtable....\nGetting rid of handle sharedHashtable....\n");
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "../board/testBoard.h"
 #include "search/moveGenerator.h"
 
@@ -16,77 +18,50 @@ movelist listOf(std::initializer_list<std::pair<int, int>> movesAndScores) {
     return list;
 }
 
-}  // namespace
-
-TEST(Movelist, SortAfterSearchPutsBestFirstThenEarlierLeaders) {
-    movelist list = listOf({{1, 10}, {2, 30}, {3, 20}, {4, 40}});
-    list.sortAfterSearch(4);
-    EXPECT_EQ(list.moves[0], 4);
-    EXPECT_EQ(list.moves[1], 2);
-    EXPECT_EQ(list.moves[2], 1);
-    EXPECT_EQ(list.moves[3], 3);
-    EXPECT_EQ(list.score(0), 40);
+std::string order(const movelist& list) {
+    std::string text;
+    for (int i = 0; list.moves[i]; i++) text += std::to_string(list.moves[i]) + " ";
+    return text;
 }
 
-TEST(Movelist, UnsearchedAndAbandonedMovesSinkAndBetaCutoffSharesTheBestScore) {
-    // Moves beyond n keep their order behind the searched ones; a marked move
-    // keeps its mark as key and goes last.
-    movelist list = listOf({{1, 5}, {2, notSearchedMark}, {3, 50}, {4, 0}});
+}  // namespace
+
+// The best first, then the earlier leaders; moves beyond n keep their order behind the searched ones, and a
+// marked move keeps its mark as key and goes last. A beta cut-off shares the best score.
+TEST(Movelist, SortsAfterSearchAndAfterABetaCutoff) {
+    movelist list = listOf({{1, 10}, {2, 30}, {3, 20}, {4, 40}});
+    list.sortAfterSearch(4);
+    EXPECT_EQ(order(list), "4 2 1 3 ");
+    EXPECT_EQ(list.score(0), 40);
+    list = listOf({{1, 5}, {2, notSearchedMark}, {3, 50}, {4, 0}});
     list.sortAfterSearch(3);
-    EXPECT_EQ(list.moves[0], 3);
-    EXPECT_EQ(list.moves[1], 1);
-    EXPECT_EQ(list.moves[2], 2);
-    EXPECT_EQ(list.moves[3], 4);
+    EXPECT_EQ(order(list), "3 1 2 4 ");
 
     movelist cut = listOf({{1, 5}, {2, 60}, {3, notSearchedMark}});
     EXPECT_EQ(cut.sortAfterBetaCutoff(3), 2);
     EXPECT_EQ(cut.moves[0], 2);
-    EXPECT_EQ(cut.score(0), 60);
-    EXPECT_EQ(cut.score(1), 60);
-    EXPECT_EQ(cut.score(2), notSearchedMark);
+    EXPECT_EQ(std::tuple(cut.score(0), cut.score(1), cut.score(2)), std::tuple(60, 60, notSearchedMark));
 }
 
-TEST(MoveGenerator, HashMoveThenCapturesThenQuietMoves) {
+TEST(MoveGenerator, HashMoveThenCapturesThenQuietMovesWithTheHashMoveAgain) {
     board b = boardFrom("4k3/8/8/3p4/4P3/8/8/4K3 w - - 0 1");
     moveGenerator picker;
-    const int hashMove = b.convertMovestringToInt("e1d1");
-    picker.start(&b, hashMove);
-    std::vector<std::string> seen;
-    seen.push_back(moveText(hashMove));
-    for (int move = picker.getNextMove(); move; move = picker.getNextMove()) seen.push_back(moveText(move));
-    ASSERT_GE(seen.size(), 3u);
-    EXPECT_EQ(seen[0], "e1d1");
-    EXPECT_EQ(seen[1], "e4d5");  // the only capture
-    // The hash move comes again among the quiet moves.
-    EXPECT_EQ(std::count(seen.begin(), seen.end(), "e1d1"), 2);
+    picker.start(&b, b.convertMovestringToInt("e1d1"));
+    std::string seen;
+    for (int move = picker.getNextMove(); move; move = picker.getNextMove()) seen += moveText(move) + " ";
+    EXPECT_EQ(seen.substr(0, 5), "e4d5 ");  // the only capture
+    EXPECT_NE(seen.find("e1d1"), std::string::npos);
     EXPECT_EQ(picker.getNextMove(), 0);
-}
 
-TEST(MoveGenerator, NoCapturesGoesStraightToQuietMovesAndNoMovesGivesZero) {
-    board quiet = boardFrom("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
-    moveGenerator picker;
-    picker.start(&quiet, 0);
-    EXPECT_NE(picker.getNextMove(), 0);
-    EXPECT_EQ(picker.stage, 3);
-
-    board stalemated = boardFrom("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
-    picker.start(&stalemated, 0);
-    // Pseudo-legal king moves exist; none of them are captures.
-    int count = 0;
-    for (int move = picker.getNextMove(); move; move = picker.getNextMove()) count++;
-    EXPECT_EQ(count, 3);
-}
-
-TEST(MoveGenerator, WholeListScoresCapturesFirst) {
-    board b = boardFrom("4k3/8/8/3p4/4P3/8/8/4K3 w - - 0 1");
-    moveGenerator picker;
+    // The whole list at once: scored captures first, then falling scores.
     picker.start(&b, 0);
     picker.addNoncapmovesToList();
     EXPECT_EQ(moveText(picker.list.moves[0]), "e4d5");
-    int n = 0;
-    while (picker.list.moves[n]) n++;
-    EXPECT_EQ(n, 1 + 1 + 5);  // capture, push, five king moves
-    EXPECT_EQ(picker.list.score(0), 200);
-    EXPECT_EQ(picker.list.score(n - 1), 200 - (n - 1));
-    EXPECT_EQ(picker.list.score(n), 0);
+    EXPECT_EQ(std::tuple(picker.list.score(0), picker.list.score(6), picker.list.score(7)), std::tuple(200, 194, 0));
+
+    board stalemated = boardFrom("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
+    picker.start(&stalemated, 0);
+    int count = 0;  // pseudo-legal king moves, none of them captures
+    for (int move = picker.getNextMove(); move; move = picker.getNextMove()) count++;
+    EXPECT_EQ(count, 3);
 }

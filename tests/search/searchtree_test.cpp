@@ -38,22 +38,18 @@ protected:
 }  // namespace
 
 TEST_F(Search, MatesInOneTwoAndThreeScoreAsMate) {
-    const char* mates[] = {
-        "3k4/8/3K4/8/8/8/8/6R1 w - - 0 1",  // in 1, g1g8
-        "1k6/8/2K5/8/8/8/8/7R w - - 0 1",   // in 2
-        "8/8/8/8/8/2K5/8/k6R w - - 0 1",    // in 3
-    };
-    for (const char* fen : mates) {
+    const std::pair<const char*, const char*> mates[] = {
+        {"3k4/8/3K4/8/8/8/8/6R1 w - - 0 1", "g1g8"}, {"1k6/8/2K5/8/8/8/8/7R w - - 0 1", nullptr},
+        {"8/8/8/8/8/2K5/8/k6R w - - 0 1", nullptr}};  // in 1, 2 and 3
+    for (const auto& [fen, move] : mates) {
         localSearch::result r;
         search(fen, 10, 100000, r);
         EXPECT_EQ(r.score, 16000) << fen;
-        board b = boardFrom(fen);
-        b.makeMove(r.move);
-        EXPECT_FALSE(b.isMoveIllegal(r.move)) << fen;
+        EXPECT_NE(boardFrom(fen).convertMovestringToInt(moveText(r.move).c_str()), 0) << fen;  // legal
+        if (move) {
+            EXPECT_EQ(moveText(r.move), move);
+        }
     }
-    localSearch::result r;
-    search(mates[0], 10, 100000, r);
-    EXPECT_EQ(moveText(r.move), "g1g8");
 }
 
 TEST_F(Search, AMateByTheFirstRootMoveBreaksTheSearch) {
@@ -93,14 +89,9 @@ TEST_F(Search, RootWithoutMovesOrWithOneMoveAnswersAtOnce) {
 
 TEST_F(Search, RepetitionAndStalemateScoreAsTheDrawScoreOfTheSideToMove) {
     board b = boardFrom("4k3/8/8/8/8/8/8/R3K3 w - - 0 1");
-    play(b, "a1a2");
-    play(b, "e8d8");
-    play(b, "a2a1");
-    play(b, "d8e8");  // the start position again, white to move
+    for (const char* move : {"a1a2", "e8d8", "a2a1", "d8e8"}) play(b, move);  // the start again, white to move
     EXPECT_EQ(alphaBeta(b, 3, -16000, 16000), -50);
-    play(b, "a1a2");
-    play(b, "e8d8");
-    play(b, "a2a1");  // black to move, repeated
+    for (const char* move : {"a1a2", "e8d8", "a2a1"}) play(b, move);  // black to move, repeated
     EXPECT_EQ(alphaBeta(b, 3, -16000, 16000), 50);
 
     board stalemate = boardFrom("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
@@ -143,41 +134,6 @@ TEST_F(Search, AnAbandonedNullMoveSearchIsComparedWithBeta) {
     board b = boardFrom("4k3/4p3/8/8/8/8/4P3/R3K3 w - - 0 1");
     EXPECT_EQ(alphaBeta(b, 6, -100, 100), 100);
     s.nodeLimit = 0;
-}
-
-TEST_F(Search, NullMoveIsNotTriedInCheckOrWithPawnsOnly) {
-    // Same node counts with the null move switched off show it was never tried.
-    const char* positions[] = {
-        "8/5k2/3p4/2pP4/2P5/4K3/8/8 w - - 0 1",       // pawns only
-        "4k3/8/8/8/8/8/4q3/R3K3 w - - 0 1",           // white in check
-    };
-    for (const char* fen : positions) {
-        localSearch::result on, off;
-        search(fen, 5, 100000, on);
-        engine().shared->enable_NMP = 0;
-        engine().clearTables();
-        search(fen, 5, 100000, off);
-        engine().shared->enable_NMP = 1;
-        engine().clearTables();
-        EXPECT_EQ(on.nodes, off.nodes) << fen;
-    }
-}
-
-TEST_F(Search, QuiescenceSkipsCapturesThatLoseMaterial) {
-    // The queen can take a pawn defended by a pawn: not searched, one node.
-    board defended = boardFrom("4k3/2p5/3p4/8/8/8/8/3QK3 w - - 0 1");
-    engine().tree.nodes[1] = 0;
-    engine().tree.quiescence(0, defended, -16000, 16000);
-    EXPECT_EQ(engine().tree.nodes[1], 1);
-    // The same pawn undefended is taken: the capture is one more node.
-    board hanging = boardFrom("4k3/8/3p4/8/8/8/8/3QK3 w - - 0 1");
-    engine().tree.nodes[1] = 0;
-    engine().tree.quiescence(0, hanging, -16000, 16000);
-    EXPECT_EQ(engine().tree.nodes[1], 2);
-    // Standing pat at beta returns beta without generating anything.
-    engine().tree.nodes[1] = 0;
-    EXPECT_EQ(engine().tree.quiescence(0, hanging, -16000, -15000), -15000);
-    EXPECT_EQ(engine().tree.nodes[1], 1);
 }
 
 TEST_F(Search, ThinkingLinesGiveTimeInHundredthsAndNodesPerHundredth) {

@@ -1,25 +1,25 @@
+#include "../support/process.h"
 #include "settings/settingsFile.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <utility>
+
+#include "../support/scratchDirectory.h"
 
 namespace {
 
 class settingsFileTest : public ::testing::Test {
 protected:
-    // One file per test: ctest runs the tests of this fixture side by side.
-    const std::string name = std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + ".ini";
+    const scratchDirectory directory;
+    const std::string name = directory.file("settings.ini");
     const char* file = name.c_str();
 
-    void TearDown() override { std::remove(file); }
-    void write(const std::string& text) const { std::ofstream(name, std::ios::binary) << text; }
-    std::string read() const { return (std::ostringstream() << std::ifstream(name, std::ios::binary).rdbuf()).str(); }
+    void write(const std::string& text) const { directory.write("settings.ini", text); }
+    std::string read() const { return directory.read("settings.ini"); }
     // What the game and piece readers print, then what all readers found: the game flags in
     // declaration order, the process count, [book path], pawn to queen, hash size, cache, inverted, egtb path.
     std::string readAll() const {
@@ -128,9 +128,7 @@ TEST_F(settingsFileTest, moveOverheadIsReadAndNeverNegative) {
     for (const auto& [text, overhead] : {std::pair{"", 50}, {"pref:moveOverhead=120\n", 120}, {"pref:moveOverhead=-5\n", 0}}) {
         write(text);
         gameSettings g;
-        testing::internal::CaptureStdout();
-        readGameSettings(file, g);
-        testing::internal::GetCapturedStdout();
+        printed([&] { readGameSettings(file, g); });
         EXPECT_EQ(g.moveOverheadMs, overhead) << text;
     }
 }

@@ -1,13 +1,10 @@
 #pragma once
-#include <dirent.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <memory>
 #include <string>
 
+#include "../support/process.h"
 #include "../support/scratchDirectory.h"
 #include "engineProcess.h"
 
@@ -29,16 +26,7 @@ protected:
         engine.reset();
         EXPECT_EQ(namesLeft(), 0) << "shared-memory names left by engine " << enginePid;
     }
-    int namesLeft() const {
-        char tag[32];
-        snprintf(tag, sizeof tag, "(%d)", enginePid);
-        int count = 0;
-        if (DIR* dir = opendir("/dev/shm")) {
-            while (dirent* entry = readdir(dir)) count += strstr(entry->d_name, tag) != nullptr;
-            closedir(dir);
-        }
-        return count;
-    }
+    int namesLeft() const { return shmNamesWith(std::string("(").append(std::to_string(enginePid)).append(")")); }
     std::string file(const std::string& name) const { return scratch.read(name); }
     // Sends a line and waits for the expected reply.
     void expectReply(const std::string& line, const std::string& reply, int timeoutMs = 10000) {

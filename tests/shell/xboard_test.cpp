@@ -3,9 +3,7 @@
 using XboardSession = ProtocolSession;
 
 TEST_F(XboardSession, StartUpFeaturesPingUnknownCommandsAndEndOfInput) {
-    start();
-    ASSERT_TRUE(engine->waitFor("Choose mode: Type xboard or uci\n"));
-    EXPECT_EQ(engine->output, "Talvin_v8.05_x64\n\nChoose mode: Type xboard or uci\n");
+    start();  // the banner is checked at start-up
     expectReply("xboard\n", "feature done=0\n");
     expectReply("protover 3\n",
                 "feature myname=\"Talvin_v8.05_x64\"\nfeature sigint=0\nfeature sigterm=0\nfeature variants=normal\n"
@@ -18,7 +16,7 @@ TEST_F(XboardSession, StartUpFeaturesPingUnknownCommandsAndEndOfInput) {
     EXPECT_EQ(engine->exitStatus(), 0);
 }
 
-TEST_F(XboardSession, TimeControlsDecideTheTimeForTheNextMove) {
+TEST_F(XboardSession, TimeControlsDecideTheTimeForTheNextMoveAndDepthLimitsEndTheSearch) {
     start();
     engine->send("xboard\nprotover 2\nnopost\n");
     expectReply("level 40 5 0\n", "moves=40 starttime=300000 inc=0\n");
@@ -27,16 +25,12 @@ TEST_F(XboardSession, TimeControlsDecideTheTimeForTheNextMove) {
     // centiseconds); after "new" the engine plays black.
     expectReply("new\nlevel 0 5 0\nforce\ne2e4\ntime 6000\npost\ngo\n", "===========time next move: 1500 ms===========\n");
     expectReply("force\nst 2\ngo\n", "===========time next move: 1850 ms===========\n");
+    // A depth limit: iterations count from 1 and the limit is reached after iteration 4.
+    const size_t from = engine->output.size();
+    expectReply("new\nst 100\nsd 3\ngo\n", "\nmove ", 20000);
+    EXPECT_NE(engine->output.find("\n 4  ", from), std::string::npos);
+    EXPECT_EQ(engine->output.find("\n 5  ", from), std::string::npos);
     quit();
-}
-
-TEST_F(XboardSession, DepthLimitEndsTheSearch) {
-    start();
-    engine->send("xboard\nnew\nst 100\nsd 3\ngo\n");
-    ASSERT_TRUE(engine->waitFor("\nmove ", 20000));
-    // Iterations count from 1 and the limit is reached after iteration 4.
-    EXPECT_NE(engine->output.find("\n 4  "), std::string::npos);
-    EXPECT_EQ(engine->output.find("\n 5  "), std::string::npos);
 }
 
 TEST_F(XboardSession, MovesSetboardUndoAndErrors) {
@@ -56,7 +50,7 @@ TEST_F(XboardSession, MovesSetboardUndoAndErrors) {
     quit();
 }
 
-TEST_F(XboardSession, RefusedPositionsCastlingRightsRemoveAnalyzeAndHint) {
+TEST_F(XboardSession, RefusedPositionsCastlingRightsRemoveAnalyzeHintAndNewDuringASearch) {
     start();
     engine->send("xboard\nprotover 2\nforce\n");
     expectReply("hint\n", "hint: ");  // answered even with nothing in the table
@@ -75,16 +69,11 @@ TEST_F(XboardSession, RefusedPositionsCastlingRightsRemoveAnalyzeAndHint) {
     expectReply("st 1\ngo\n", "\nmove ", 10000);
     expectReply("force\nundo\nanalyze\n", "Start Pondering: no ponderingmove");
     expectReply("exit\nping 3\n", "pong 3\n");
-    quit();
-}
-
-TEST_F(XboardSession, NewDuringASearchStopsIt) {
-    start();
-    engine->send("xboard\nprotover 2\nnew\nst 30\ngo\n");
-    ASSERT_TRUE(engine->waitFor("\n 5  ", 20000));
+    // "new" during a search stops it: the old game's move neither comes out nor lands on the new board.
+    expectReply("new\nst 30\ngo\n", "\n 5  ", 20000);
+    const size_t from = engine->output.size();
     expectReply("new\nping 7\n", "pong 7\n");
-    // The old game's move neither comes out nor lands on the new board.
-    EXPECT_FALSE(engine->waitFor("\nmove ", 1000));
+    EXPECT_FALSE(engine->waitFor("\nmove ", 1000, from));
     expectReply("force\ne2e4\n", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1\n");
     quit();
 }

@@ -7,9 +7,8 @@
 #include <sstream>
 #include <string>
 
-// The name the engine, its tables and its board read their settings from,
-// in the working directory.
-inline constexpr const char* settingsFileName = "talvin init.ini";
+#include "settings/settingsFile.h"  // settingsFileName
+
 
 // A fresh directory under /tmp, removed with all it holds when the test ends.
 class scratchDirectory {

@@ -38,13 +38,7 @@ TEST(EpdRecord, ReadsTheWaysSuitesWriteMoves) {
     // Check mark apart from its move, a misplaced capture mark, a SAN that
     // fits two knights, clocks run into the en-passant field, an "e.p."
     // apart from its move, a quoted semicolon, hmvc and fmvn.
-    const struct {
-        const char* line;
-        const char* best;
-        const char* avoid;
-        const char* fen;
-        const char* id;
-    } cases[] = {
+    const struct { const char* line; const char* best; const char* avoid; const char* fen; const char* id; } cases[] = {
         {"1k1r4/pp1b1R2/3q2pp/4p3/2B5/4Q3/PPP2B2/2K5 b - - ; bm Qd1 + ; id BK.01", "d6d1", "",
          "1k1r4/pp1b1R2/3q2pp/4p3/2B5/4Q3/PPP2B2/2K5 b - - 0 1", "BK.01"},
         {"rnbq1rk1/pppp1ppp/4pn2/8/1bPP4/P1N5/1PQ1PPPP/R1B1KBNR b KQ - 1 5 ; bm Bcx3 + ", "b4c3", "",
