@@ -45,6 +45,8 @@ void namedEvent::set() {
 bool namedEvent::wait(int timeoutMs, int spinUs) {
     if (!valid()) return false;
     shared* object = static_cast<shared*>(mapping.view);
+    // A poll of an unset event, as the search makes at every split point, needs no lock.
+    if (timeoutMs == 0 && !object->signalled.load(std::memory_order_relaxed)) return false;
     const timespec deadline = monotonicDeadline(timeoutMs < 0 ? 0 : timeoutMs);
     if (spinUs > 0 && timeoutMs != 0) {
         if (timeoutMs > 0 && spinUs > timeoutMs * 1000) spinUs = timeoutMs * 1000;

@@ -58,6 +58,16 @@ public:
 
 private:
     static constexpr int noSplit = 32000;  // no score: the node goes on serially
+    static constexpr int maxWatchedBlocks = 64;
+    // Nodes from this remaining depth on are shared once their first move is
+    // searched: a split costs a few microseconds, so even small subtrees pay.
+    static constexpr int minSplitDepth = 3;
+
+    // The blocks whose moves this process searches as their owner, innermost
+    // last: a slave's fail-high in one of them makes the owner's own move
+    // pointless, so the owner's nodes look at them now and then.
+    int watchedBlocks[maxWatchedBlocks];
+    int watchedBlockCount = 0;
 
     // One move of a node, with extension, futility, reduction and re-searches.
     int searchMove(const board& node, board& child, int move, int depth, int alpha, int beta, bool inCheck, bool first,
@@ -88,6 +98,12 @@ private:
     void helpWhileWaiting(int blockNumber);
     // Stops the block and every block split below it.
     void stopBlock(int blockNumber);
+    // Stops the watched blocks in which a slave's move has beaten alpha.
+    void stopFailedBlocks();
+    // True when another process is idle: one back from a block is idle a
+    // moment before it signals so, and a node that missed the signal would
+    // go on alone until its next move is searched.
+    bool otherProcessIdle() const;
     // Searches the root moves from the index from on together with idle
     // processes, each at a null window on best. The moves found not to beat
     // best are placed first (from on, score best), then those that beat it,

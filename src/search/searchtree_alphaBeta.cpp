@@ -83,6 +83,7 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
     if (searchStopped()) return timeUpScore;
     if (sbNum != 0 && shared->splitBlocks[sbNum].stop) return blockStoppedScore;
     nodes[0]++;
+    if (watchedBlockCount != 0 && (nodes[0] & 63) == 0) stopFailedBlocks();
 
     if (isRepetition(b)) return -50 * b.toMove;
 
@@ -134,7 +135,8 @@ int searchtree::alphaBeta(int lastMove, board& b, int depth, int alpha, int beta
         const int score = searchMove(b, child, move, depth, alpha, beta, inCheck, legalMoves == 1, sbNum);
         int result;
         if (takeScore(b, move, depth, score, alpha, beta, bestMove, bound, result)) return result;
-        if (depth > 4 && process != nullptr && shared->processCount > 1 && process->slaveAvailable.wait(0)) {
+        if (depth >= minSplitDepth && process != nullptr && shared->processCount > 1 &&
+            (process->slaveAvailable.wait(0) || otherProcessIdle())) {
             const int result = split(lastMove, b, depth, alpha, beta, picker, bestMove, bound, inCheck, sbNum);
             if (result != noSplit) return result;
         }

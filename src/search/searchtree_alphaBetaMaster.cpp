@@ -24,6 +24,8 @@ void searchtree::searchBlockMoves(int b, const board& node, int depth, int alpha
     namedMutex& lock = process->splitBlockMutex[b];
     const bool inCheck = node.inCheck();
     const int side = sideIndex(node.toMove);
+    const bool watched = owner && watchedBlockCount < maxWatchedBlocks;
+    if (watched) watchedBlocks[watchedBlockCount++] = b;
     int index;
     for (int move = block.takeMove(lock, index); move != 0; move = block.takeMove(lock, index)) {
         if (rootFrom >= 0) announceRootMove(rootFrom + index);
@@ -42,15 +44,16 @@ void searchtree::searchBlockMoves(int b, const board& node, int depth, int alpha
         if (reduction && score > alpha) score = -alphaBeta(move, child, depth - 1, -alpha - 1, -alpha, b);
         if (isAbort(score)) {
             block.markResult(lock, index, abandonedMark);
-            return;
+            break;
         }
         if (score > alpha) {
             block.markResult(lock, index, notSearchedMark);
-            return;
+            break;
         }
         // A slave's fail-high makes the owner's further moves pointless.
-        if (owner && peek(block.failHigh)) return;
+        if (owner && peek(block.failHigh)) break;
     }
+    if (watched) watchedBlockCount--;
 }
 
 int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves,
@@ -118,6 +121,19 @@ void searchtree::stopBlock(int blockNumber) {
         if (shared->splitBlocks[n].owner != freeSplitBlock && shared->splitBlocks[n].parent == blockNumber &&
             !shared->splitBlocks[n].stop)
             stopBlock(n);
+}
+
+bool searchtree::otherProcessIdle() const {
+    for (int p = 0; p < shared->processCount && p < maxProcesses; p++)
+        if (p != processSlot && peek(shared->processState[p]) == 1 && !shared->processLost[p]) return true;
+    return false;
+}
+
+void searchtree::stopFailedBlocks() {
+    for (int i = 0; i < watchedBlockCount; i++) {
+        splitBlock& block = shared->splitBlocks[watchedBlocks[i]];
+        if (peek(block.failHigh) && !block.stop) stopBlock(watchedBlocks[i]);
+    }
 }
 
 bool searchtree::closeSplitBlock(int blockNumber, int sbNum) {

@@ -154,3 +154,22 @@ TEST_F(ParallelSearch, AKilledSlaveCostsOneWaitOnly) {
         EXPECT_EQ(namesLeft(), 0) << slaves;
     }
 }
+
+// Uninterrupted searches deep enough to share nodes many levels down, with
+// more processes than cores: the blocks never run out, no wait times out, and
+// two and eight processes find the one clearly best move.
+TEST_F(ParallelSearch, DeepSearchesWithManyProcessesShareWithoutRunningOut) {
+    const char* fen = "2rr3k/pp3pp1/1nnqbN1p/3pN3/2pP4/2P3Q1/PPB4P/R4RK1 w - - 0 1";  // Qg6
+    for (int slaves : {1, 7}) {
+        start("pref:MAXPROCESSES=" + std::to_string(slaves) + "\n");
+        engine->send(std::string("xboard\nforce\nsetboard ") + fen + "\nst 60\nsd 9\ngo\n");
+        ASSERT_TRUE(engine->waitFor("\nmove ", 60000)) << slaves;
+        EXPECT_NE(engine->output.find("\nmove g3g6\n"), std::string::npos) << slaves;
+        for (const char* word : {"Timeout", "WARNING", "ERROR", "WAIT_"})
+            EXPECT_EQ(engine->output.find(word), std::string::npos) << slaves << " " << word;
+        expectReply("quit\n", "Getting rid of handle");
+        EXPECT_EQ(engine->exitStatus(), 0) << slaves;
+        engine.reset();
+        EXPECT_EQ(namesLeft(), 0) << slaves;
+    }
+}
