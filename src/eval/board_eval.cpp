@@ -155,6 +155,9 @@ void findPawnAttacks(const board& b, evalInfo& info) {
     info.attacks[BLACK][PAWN] = blackLeft | blackRight;
     info.pawnControl[WHITE] = ((whiteLeft | whiteRight) & ~(blackLeft & blackRight)) | (whiteLeft & whiteRight);
     info.pawnControl[BLACK] = ((blackLeft | blackRight) & ~(whiteLeft & whiteRight)) | (blackLeft & blackRight);
+    // The piece terms or their attacks into these.
+    for (uint64_t* pieceAttacks : info.attacks)
+        pieceAttacks[KNIGHT] = pieceAttacks[BISHOP] = pieceAttacks[ROOK] = pieceAttacks[QUEEN] = 0;
 }
 
 void findKingZones(const board& b, evalInfo& info) {

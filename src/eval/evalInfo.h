@@ -10,10 +10,12 @@ struct evalInfo {
 
     // Per colour the attacks of its pawns, knights, bishops, rooks and queens
     // (slots PAWN..QUEEN) and its king's neighbourhood (KING, KING_FRONT).
-    uint64_t attacks[2][7] = {};
+    // Written by findPawnAttacks and findKingZones before any term reads them:
+    // zero-filling the whole struct up front cost a sixth of the evaluation's speed.
+    uint64_t attacks[2][7];
     // Squares attacked by one of the side's pawns and not by two enemy pawns,
     // or attacked by two of its pawns.
-    uint64_t pawnControl[2] = {};
+    uint64_t pawnControl[2];
     int unitsAgainstKing[2] = {};  // attack units against each colour's king
     int shelter[2] = {};           // 0 while the material is too low to count it
     uint64_t passed = 0;           // both colours' passed pawns
