@@ -52,8 +52,8 @@ void walkBook(polyglotBook& source, const board& start, std::vector<bookGame>& g
             while (pick >= weights[chosen]) pick -= weights[chosen++];
             const int move = position.convertMovestringToInt(entries[chosen].move);
             if (walk < walks / 4) fens.push_back(fen);
-            game.plies.push_back({fen, bookSquare(moveFrom(move)), bookSquare(moveTo(move)),
-                                  "\0nbrq"[movePromotion(move)], 0});
+            game.plies.push_back(
+                {fen, bookSquare(moveFrom(move)), bookSquare(moveTo(move)), "\0nbrq"[movePromotion(move)], 0});
             position.makeMove(move);
         }
         char fen[128];
@@ -80,13 +80,11 @@ void measure(const char* name, std::unique_ptr<bookSource> source, const std::ve
     for (const std::string& fen : fens) found += reader.contains(fen.c_str());
     const double lookup = secondsPerCall(20 * n, [&](int i) { reader.contains(fens[i % n].c_str()); });
     char move[16];
-    const double stepInBook = secondsPerCall(5 * n, [&](int i) {
-        openingBook.chooseMove(positions[i % n], move, static_cast<uint32_t>(i));
-    });
+    const double stepInBook =
+        secondsPerCall(5 * n, [&](int i) { openingBook.chooseMove(positions[i % n], move, static_cast<uint32_t>(i)); });
     const int m = static_cast<int>(outOfBook.size());
-    const double stepOutOfBook = secondsPerCall(20 * m, [&](int i) {
-        openingBook.chooseMove(outOfBook[i % m], move, static_cast<uint32_t>(i));
-    });
+    const double stepOutOfBook = secondsPerCall(
+        20 * m, [&](int i) { openingBook.chooseMove(outOfBook[i % m], move, static_cast<uint32_t>(i)); });
     printf("%-9s %d of %d positions found; %.0f lookups/s; book step %.1f us in the book, %.1f us out of it\n", name,
            found, n, 1 / lookup, stepInBook * 1e6, stepOutOfBook * 1e6);
 }

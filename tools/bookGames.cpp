@@ -61,8 +61,8 @@ public:
         }
         char fen[128];
         position.getFen(fen);
-        game.plies.push_back({fen, bookSquare(moveFrom(move)), bookSquare(moveTo(move)), "\0nbrq"[movePromotion(move)],
-                              annotation});
+        game.plies.push_back(
+            {fen, bookSquare(moveFrom(move)), bookSquare(moveTo(move)), "\0nbrq"[movePromotion(move)], annotation});
         position.makeMove(move);
     }
     void finish() {
@@ -138,10 +138,14 @@ int readBookGames(const std::string& text, bool pgn, const board& prototype,
             while (i < size && std::isdigit(static_cast<unsigned char>(text[i]))) i++;
         } else {
             const size_t begin = i;
-            while (i < size && !std::isspace(static_cast<unsigned char>(text[i])) && !std::strchr("{}();[$", text[i])) i++;
+            while (i < size && !std::isspace(static_cast<unsigned char>(text[i])) && !std::strchr("{}();[$", text[i]))
+                i++;
             std::string token = text.substr(begin, i - begin);
             if (token == "1-0" || token == "0-1" || token == "1/2-1/2" || token == "*") {
-                builder.setResult(token == "1-0" ? whiteWins : token == "0-1" ? blackWins : token == "*" ? unknownResult : drawn);
+                builder.setResult(token == "1-0"   ? whiteWins
+                                  : token == "0-1" ? blackWins
+                                  : token == "*"   ? unknownResult
+                                                   : drawn);
                 builder.finish();
                 continue;
             }

@@ -1,9 +1,9 @@
 #include "ctgWriter.h"
 
+#include <strings.h>
 #include <algorithm>
 #include <fstream>
 #include <set>
-#include <strings.h>
 
 #include "book/bookSource.h"
 #include "book/ctgPosition.h"
@@ -53,7 +53,8 @@ bool ctgWriter::addGame(const bookGame& game, std::string& error) {
         if (code < 0) {
             char text[6];
             bookMoveText(ply.from, ply.to, ply.promotion, text);
-            error = "the move " + std::string(text) + " at ply " + std::to_string(i + 1) + " cannot be stored in a CTG book";
+            error = "the move " + std::string(text) + " at ply " + std::to_string(i + 1) +
+                    " cannot be stored in a CTG book";
             return false;
         }
         auto& moves = entry.moves;
@@ -91,17 +92,18 @@ bool ctgWriter::write(const std::string& ctgPath, std::string& error) {
         putBigEndian(statistics, entry.draws, 3);
         statistics.resize(ctg::statisticsSize, '\0');
         bytes += statistics;
-        entries.push_back({ctgPosition::hash(reinterpret_cast<const uint8_t*>(encoding.data()),
-                                             static_cast<int>(encoding.size())),
-                           bytes});
+        entries.push_back(
+            {ctgPosition::hash(reinterpret_cast<const uint8_t*>(encoding.data()), static_cast<int>(encoding.size())),
+             bytes});
         mostGames = std::max(mostGames, entry.games);
     }
     ctgPosition start;
     start.setup(startFen);
     const auto startEntry = positions.find(std::string(reinterpret_cast<const char*>(start.encoding), start.length));
     const uint32_t gameCount =
-        startEntry != positions.end() && startEntry->second.games >= static_cast<uint32_t>(minGames) ? startEntry->second.games
-                                                                                                      : mostGames;
+        startEntry != positions.end() && startEntry->second.games >= static_cast<uint32_t>(minGames)
+            ? startEntry->second.games
+            : mostGames;
 
     // The smallest level at which every slot's positions fit in one page.
     int level = std::max(tableLevel, 0);

@@ -52,14 +52,17 @@ int main(int argc, char** argv) {
         const size_t length = std::strlen(argv[i]);
         const bool pgn = length >= 4 && strcasecmp(argv[i] + length - 4, ".pgn") == 0;
         std::vector<std::string> warnings;
-        readBookGames(text.str(), pgn, prototype, [&](const bookGame& game) {
-            std::string error;
-            games++;
-            if (!writer.addGame(game, error)) {
-                fprintf(stderr, "%s: game %d: %s; the game ends there\n", argv[i], games, error.c_str());
-                failures++;
-            }
-        }, warnings);
+        readBookGames(
+            text.str(), pgn, prototype,
+            [&](const bookGame& game) {
+                std::string error;
+                games++;
+                if (!writer.addGame(game, error)) {
+                    fprintf(stderr, "%s: game %d: %s; the game ends there\n", argv[i], games, error.c_str());
+                    failures++;
+                }
+            },
+            warnings);
         for (const std::string& warning : warnings) fprintf(stderr, "%s: %s\n", argv[i], warning.c_str());
     }
     std::string error;

@@ -50,8 +50,9 @@ int main(int argc, char** argv) {
     const board prototype;
     std::vector<board> positions, cached;
     for (const tableFile& file : tableFile::findAll({argv[1]})) {
-        const std::vector<board> sample = sampleTablePositions(prototype, letters(file.count[0]), letters(file.count[1]),
-                                                               positionsPerTable, static_cast<uint32_t>(positions.size() + 1));
+        const std::vector<board> sample =
+            sampleTablePositions(prototype, letters(file.count[0]), letters(file.count[1]), positionsPerTable,
+                                 static_cast<uint32_t>(positions.size() + 1));
         positions.insert(positions.end(), sample.begin(), sample.end());
         cached.insert(cached.end(), sample.begin(), sample.begin() + cachedPerTable);
     }
@@ -60,8 +61,8 @@ int main(int argc, char** argv) {
         const EGTBProbe tables(directory, 64, true);
         const double firstPass = probeRate(tables, positions, 1);
         probeRate(tables, cached, 1);  // brings the small set into the cache
-        printf("%-8s %9.0f probes/s reading the tables, %9.0f from the cache\n", tables.gaviota.pieces ? "Gaviota" : "Syzygy",
-               firstPass, probeRate(tables, cached, passes));
+        printf("%-8s %9.0f probes/s reading the tables, %9.0f from the cache\n",
+               tables.gaviota.pieces ? "Gaviota" : "Syzygy", firstPass, probeRate(tables, cached, passes));
     }
     if (argc < 4) return 0;
 

@@ -167,10 +167,12 @@ void labelPgn(const char* path, board& position, labeller& l, int skipPlies) {
                 game++;
             }
             const size_t quote = tag.find('"'), last = tag.rfind('"');
-            if (tag.rfind("FEN ", 0) == 0 && quote != last) position.setupPosition(tag.substr(quote + 1, last - quote - 1).c_str());
+            if (tag.rfind("FEN ", 0) == 0 && quote != last)
+                position.setupPosition(tag.substr(quote + 1, last - quote - 1).c_str());
         } else {
             size_t end = i;
-            while (end < pgn.size() && !isspace(static_cast<unsigned char>(pgn[end])) && !strchr("{}();[", pgn[end])) end++;
+            while (end < pgn.size() && !isspace(static_cast<unsigned char>(pgn[end])) && !strchr("{}();[", pgn[end]))
+                end++;
             std::string token = pgn.substr(i, end - i);
             i = end;
             if (variationDepth > 0 || broken || token[0] == '$') continue;
@@ -180,7 +182,8 @@ void labelPgn(const char* path, board& position, labeller& l, int skipPlies) {
             if (token.empty()) continue;
             const int move = sanToMove(position, token.c_str());
             if (move == 0) {
-                fprintf(stderr, "%s: game %d: cannot read move %s; rest of the game skipped\n", path, game, token.c_str());
+                fprintf(stderr, "%s: game %d: cannot read move %s; rest of the game skipped\n", path, game,
+                        token.c_str());
                 broken = true;
                 continue;
             }
@@ -208,8 +211,9 @@ int main(int argc, char** argv) {
         else break;
     }
     if (first >= argc || argv[first][0] == '-') {
-        fprintf(stderr, "usage: talvin-label [--depth N] [--engine PATH] [--skip-plies N] [--max N] [--output FILE] "
-                        "FILE.epd|FILE.pgn...\n");
+        fprintf(stderr,
+                "usage: talvin-label [--depth N] [--engine PATH] [--skip-plies N] [--max N] [--output FILE] "
+                "FILE.epd|FILE.pgn...\n");
         return 2;
     }
     uciEngine engine;

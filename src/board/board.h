@@ -42,17 +42,17 @@ extern uint64_t keyHistory[150];
 
 class board {
 public:
-    int32_t lazy;              // wMat - bMat
-    int8_t pieceOn[64];        // piece type per square, NOPIECE when empty
-    int8_t toMove;             // +1 white, -1 black
+    int32_t lazy;        // wMat - bMat
+    int8_t pieceOn[64];  // piece type per square, NOPIECE when empty
+    int8_t toMove;       // +1 white, -1 black
     int32_t wMat;
     int32_t bMat;
     int32_t totalMat;
-    int8_t pieceCount[2][5];   // [0] black, [1] white; only knight..queen are exact
+    int8_t pieceCount[2][5];  // [0] black, [1] white; only knight..queen are exact
     uint8_t wKingSq;
     uint8_t bKingSq;
-    int8_t enPassant;          // 0 when there is none
-    uint8_t castle;            // whiteKingSide | whiteQueenSide | blackKingSide | blackQueenSide
+    int8_t enPassant;  // 0 when there is none
+    uint8_t castle;    // whiteKingSide | whiteQueenSide | blackKingSide | blackQueenSide
     uint8_t spare;
     int8_t fiftyMoves;
     int32_t ply;
@@ -62,7 +62,7 @@ public:
     uint8_t nullMoves;
     uint8_t verification;
     uint64_t boardKey;
-    uint64_t bb[7][2];         // [type][WHITE/BLACK]; row NOPIECE holds all pieces of a colour
+    uint64_t bb[7][2];  // [type][WHITE/BLACK]; row NOPIECE holds all pieces of a colour
     uint64_t occupied;
 
     static slidingMovesGenerator smg;

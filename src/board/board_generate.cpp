@@ -136,10 +136,10 @@ int nonCaptureMoves(const board& b, uint16_t* buffer) {
                     [occupied](int from) { return board::smg.bishopMoves(from, occupied); });
 
     if constexpr (us == WHITE) {
-        if ((b.castle & whiteKingSide) && !(b.occupied & 0x6ULL)) w.add(67);      // e1g1: g1, f1 empty
-        if ((b.castle & whiteQueenSide) && !(b.occupied & 0x70ULL)) w.add(323);    // e1c1: d1, c1, b1 empty
+        if ((b.castle & whiteKingSide) && !(b.occupied & 0x6ULL)) w.add(67);     // e1g1: g1, f1 empty
+        if ((b.castle & whiteQueenSide) && !(b.occupied & 0x70ULL)) w.add(323);  // e1c1: d1, c1, b1 empty
     } else {
-        if ((b.castle & blackKingSide) && !(b.occupied & (0x6ULL << 56))) w.add(3707);   // e8g8
+        if ((b.castle & blackKingSide) && !(b.occupied & (0x6ULL << 56))) w.add(3707);    // e8g8
         if ((b.castle & blackQueenSide) && !(b.occupied & (0x70ULL << 56))) w.add(3963);  // e8c8
     }
     return w.count;

@@ -113,14 +113,12 @@ void board::makeMove(int move) {
         // (A board set up without a king can still move a pawn from the king's
         // stale square anywhere, so the victim is kept on the board.)
         const int victim = side == 1 ? to - 8 : to + 8;
-        const bool enPassantCapture = (side == 1 ? to == enPassant : (enPassant != 0 && to == enPassant)) &&
-                                      victim >= 0 && victim < 64;
+        const bool enPassantCapture =
+            (side == 1 ? to == enPassant : (enPassant != 0 && to == enPassant)) && victim >= 0 && victim < 64;
         if (enPassantCapture) removePiece(PAWN, -side, victim);
         break;
     }
-    case ROOK:
-        rookOffCorner(from, side);
-        break;
+    case ROOK: rookOffCorner(from, side); break;
     case KING:
         (side == 1 ? wKingSq : bKingSq) = static_cast<uint8_t>(to);
         dropCastlingRights(castlingOf(side));
@@ -129,8 +127,7 @@ void board::makeMove(int move) {
             else shiftPiece(ROOK, side, to == 57 ? 56 : 63, to == 57 ? 58 : 60);
         }
         break;
-    default:
-        break;
+    default: break;
     }
 
     if (captured == KING) {

@@ -47,10 +47,14 @@ int board::convertMovestringToInt(const char* text) const {
     if (from < 0 || from > 63 || to < 0 || to > 63) return 0;
     int promo = 0;
     switch (text[4]) {
-    case 'b': case 'B': promo = BISHOP; break;
-    case 'n': case 'N': promo = KNIGHT; break;
-    case 'q': case 'Q': promo = QUEEN; break;
-    case 'r': case 'R': promo = ROOK; break;
+    case 'b':
+    case 'B': promo = BISHOP; break;
+    case 'n':
+    case 'N': promo = KNIGHT; break;
+    case 'q':
+    case 'Q': promo = QUEEN; break;
+    case 'r':
+    case 'R': promo = ROOK; break;
     default: break;
     }
     const int key = promo * 4096 + to * 64 + from;

@@ -47,10 +47,22 @@ void board::setupPosition(const char* fen) {
     skipBlanks(p);
 
     castle = 0;
-    if (*p == 'K') { castle += whiteKingSide; p++; }
-    if (*p == 'Q') { castle += whiteQueenSide; p++; }
-    if (*p == 'k') { castle += blackKingSide; p++; }
-    if (*p == 'q') { castle += blackQueenSide; p++; }
+    if (*p == 'K') {
+        castle += whiteKingSide;
+        p++;
+    }
+    if (*p == 'Q') {
+        castle += whiteQueenSide;
+        p++;
+    }
+    if (*p == 'k') {
+        castle += blackKingSide;
+        p++;
+    }
+    if (*p == 'q') {
+        castle += blackQueenSide;
+        p++;
+    }
     // A right whose king or rook is off its square would castle a piece that is not there.
     const auto on = [&](int type, int side, int square) { return (bb[type][side] >> square & 1) != 0; };
     if (!on(KING, WHITE, 3) || !on(ROOK, WHITE, 0)) castle &= ~whiteKingSide;
@@ -89,10 +101,10 @@ void board::setupPosition(const char* fen) {
         ply = 2 * moveNumber - 1 - sideIndex(toMove);
     }
 
-    bb[NOPIECE][WHITE] = bb[PAWN][WHITE] | bb[KNIGHT][WHITE] | bb[BISHOP][WHITE] | bb[ROOK][WHITE] |
-                         bb[QUEEN][WHITE] | bb[KING][WHITE];
-    bb[NOPIECE][BLACK] = bb[PAWN][BLACK] | bb[KNIGHT][BLACK] | bb[BISHOP][BLACK] | bb[ROOK][BLACK] |
-                         bb[QUEEN][BLACK] | bb[KING][BLACK];
+    bb[NOPIECE][WHITE] =
+        bb[PAWN][WHITE] | bb[KNIGHT][WHITE] | bb[BISHOP][WHITE] | bb[ROOK][WHITE] | bb[QUEEN][WHITE] | bb[KING][WHITE];
+    bb[NOPIECE][BLACK] =
+        bb[PAWN][BLACK] | bb[KNIGHT][BLACK] | bb[BISHOP][BLACK] | bb[ROOK][BLACK] | bb[QUEEN][BLACK] | bb[KING][BLACK];
     occupied = bb[NOPIECE][WHITE] | bb[NOPIECE][BLACK];
     for (int type = KNIGHT; type <= QUEEN; type++) {
         pieceCount[sideIndex(1)][type] = static_cast<int8_t>(countBits(bb[type][WHITE]));

@@ -8,7 +8,8 @@ static constexpr int slotsPerTable = 2 * 50 * 2;
 
 uint16_t killerMoveTable::readSlot(int flatIndex) const {
     if (flatIndex < slotsPerTable) return (&killers[0][0][0])[flatIndex];
-    if (flatIndex < 2 * slotsPerTable) return static_cast<uint16_t>((&killerScores[0][0][0])[flatIndex - slotsPerTable]);
+    if (flatIndex < 2 * slotsPerTable)
+        return static_cast<uint16_t>((&killerScores[0][0][0])[flatIndex - slotsPerTable]);
     return 0;
 }
 

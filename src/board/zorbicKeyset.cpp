@@ -17,8 +17,7 @@ uint64_t zorbicKeyset::getRandom64() {
 zorbicKeyset::zorbicKeyset() {
     for (int type = 0; type < 7; type++)
         for (int colour = 0; colour < 2; colour++)
-            for (int square = 0; square < 64; square++)
-                keys[type * 128 + colour * 64 + square] = getRandom64();
+            for (int square = 0; square < 64; square++) keys[type * 128 + colour * 64 + square] = getRandom64();
     keys[enPassantBase] = 0;
     keys[832] = 0;
     keys[sideToMoveBase] = getRandom64();

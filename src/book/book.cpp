@@ -1,8 +1,8 @@
 #include "book/book.h"
 
+#include <strings.h>
 #include <cstdio>
 #include <cstring>
-#include <strings.h>
 
 #include "board/board.h"
 #include "book/ctgBook.h"

@@ -157,7 +157,8 @@ void bookBoard::makeMove(int from, int to, char promotion) {
     const char mover = piece[from];
     const bool white = isWhite(mover);
     const int df = fileOf(to) - fileOf(from);
-    if ((mover == 'P' || mover == 'p') && df != 0 && piece[to] == empty) piece[squareOf(fileOf(to), rankOf(from))] = empty;
+    if ((mover == 'P' || mover == 'p') && df != 0 && piece[to] == empty)
+        piece[squareOf(fileOf(to), rankOf(from))] = empty;
     if ((mover == 'K' || mover == 'k') && std::abs(df) == 2) {
         const int rank = rankOf(from);
         const int rookFrom = squareOf(df > 0 ? 7 : 0, rank), rookTo = squareOf(df > 0 ? 5 : 3, rank);
@@ -173,7 +174,8 @@ void bookBoard::makeMove(int from, int to, char promotion) {
     dropLostRights();
     whiteToMove = !whiteToMove;
     enPassantFile = noEnPassant;
-    if ((mover == 'P' || mover == 'p') && std::abs(rankOf(to) - rankOf(from)) == 2) keepEnPassantIfCapturable(fileOf(to));
+    if ((mover == 'P' || mover == 'p') && std::abs(rankOf(to) - rankOf(from)) == 2)
+        keepEnPassantIfCapturable(fileOf(to));
 }
 
 void bookMoveText(int from, int to, char promotion, char* out) {

@@ -9,7 +9,7 @@ public:
     static constexpr int noEnPassant = -1;
     static constexpr char empty = '.';
 
-    char piece[64];     // FEN letter, or empty
+    char piece[64];  // FEN letter, or empty
     bool whiteToMove;
     int castling;       // only rights whose king and rook still stand at home
     int enPassantFile;  // only when a pawn of the side to move stands beside the pawn that just moved

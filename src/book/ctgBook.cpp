@@ -1,7 +1,7 @@
 #include "book/ctgBook.h"
 
-#include <cstring>
 #include <strings.h>
+#include <cstring>
 
 #include "platform/console.h"
 

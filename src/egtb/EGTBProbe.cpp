@@ -27,7 +27,8 @@ EGTBProbe::EGTBProbe(const char* pathList, int cacheMB, bool slave) {
     syzygy.start(directories, files);
     probeLimit = std::max(gaviota.pieces, syzygy.pieces);
     if (slave) return;
-    for (const tableFile& file : gaviota.unreadable) printInfo("*** Unable to read %s - file broken\n", file.path.c_str());
+    for (const tableFile& file : gaviota.unreadable)
+        printInfo("*** Unable to read %s - file broken\n", file.path.c_str());
     for (const tableFile& file : gaviota.damaged) printInfo("*** %s corrupted\n", file.path.c_str());
     for (const tableFile& file : syzygy.damaged) printInfo("*** %s corrupted\n", file.path.c_str());
     if (probeLimit == 0) return;

@@ -104,6 +104,6 @@ bool gaviotaTables::probeFile(const tablePosition& p, unsigned& info, unsigned& 
     const unsigned castles = (p.castling & 1 ? tb_WOO : 0) | (p.castling & 2 ? tb_WOOO : 0) |
                              (p.castling & 4 ? tb_BOO : 0) | (p.castling & 8 ? tb_BOOO : 0);
     const unsigned enPassant = p.enPassant ? static_cast<unsigned>(p.enPassant) : static_cast<unsigned>(tb_NOSQUARE);
-    return tb_probe_hard(p.whiteToMove ? tb_WHITE_TO_MOVE : tb_BLACK_TO_MOVE, enPassant, castles, squares[0], squares[1],
-                         types[0], types[1], &info, &plies) != 0;
+    return tb_probe_hard(p.whiteToMove ? tb_WHITE_TO_MOVE : tb_BLACK_TO_MOVE, enPassant, castles, squares[0],
+                         squares[1], types[0], types[1], &info, &plies) != 0;
 }

@@ -20,8 +20,8 @@ inline constexpr int tableMaxMoves = 256;
 // libfathom, which keeps one state per process.
 class syzygyTables {
 public:
-    int pieces = 0;                   // largest table found, 0 when none
-    std::vector<tableFile> damaged;   // left out, with every position that may lead into them
+    int pieces = 0;                  // largest table found, 0 when none
+    std::vector<tableFile> damaged;  // left out, with every position that may lead into them
 
     void start(const std::vector<std::string>& directories, const std::vector<tableFile>& files);
     // Win/draw/loss (-2 .. 2) as after a capture or pawn move.

@@ -61,13 +61,15 @@ std::vector<tableHealth> checkTables(int count, const std::function<bool(int)>& 
         close(channel[1]);
         int begun = -1;
         while (child > 0) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+            const auto left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
             pollfd ready{channel[0], POLLIN, 0};
             const int polled = left.count() > 0 ? poll(&ready, 1, static_cast<int>(left.count())) : 0;
             if (polled < 0 && errno == EINTR) continue;
             report r;
             if (polled <= 0) timeUp = true;
-            if (polled <= 0 || read(channel[0], &r, sizeof r) != sizeof r) break;  // out of time, or the child has ended
+            if (polled <= 0 || read(channel[0], &r, sizeof r) != sizeof r)
+                break;  // out of time, or the child has ended
             if (r.state < 0) {
                 begun = r.table;
                 continue;

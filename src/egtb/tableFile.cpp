@@ -84,9 +84,9 @@ bool tableFile::reachableFrom(const tablePosition& p) const {
 tablePosition tableFile::checkPosition(int variant) const {
     // Kings in opposite corners, the other pieces on the second and seventh
     // ranks where none of them gives check.
-    static const int kings[2][2] = {{0, 63}, {7, 56}};                                   // a1 h8, h1 a8
-    static const int squares[2][2][5] = {{{10, 11, 12, 13, 14}, {49, 50, 51, 52, 53}},   // c2.. / b7..
-                                         {{13, 12, 11, 10, 9}, {54, 53, 52, 51, 50}}};   // f2.. / g7..
+    static const int kings[2][2] = {{0, 63}, {7, 56}};                                  // a1 h8, h1 a8
+    static const int squares[2][2][5] = {{{10, 11, 12, 13, 14}, {49, 50, 51, 52, 53}},  // c2.. / b7..
+                                         {{13, 12, 11, 10, 9}, {54, 53, 52, 51, 50}}};  // f2.. / g7..
     const int placement = variant / 2;
     tablePosition p{};
     p.whiteToMove = variant % 2 == 0;

@@ -10,10 +10,10 @@ struct tableFile {
     enum kind { gaviota, syzygyWdl, syzygyDtz };
     std::string path;
     kind type;
-    int scheme;           // Gaviota compression: 0 uncompressed, 1..4 for .cp1 .. .cp4
-    int count[2][5];      // pieces besides the king, [WHITE/BLACK][PAWN..QUEEN]
+    int scheme;       // Gaviota compression: 0 uncompressed, 1..4 for .cp1 .. .cp4
+    int count[2][5];  // pieces besides the king, [WHITE/BLACK][PAWN..QUEEN]
 
-    int pieces() const;   // kings included
+    int pieces() const;  // kings included
     // Does the position hold this material, with either colour as the stronger side?
     bool holds(const tablePosition& p) const;
     // May a probe of the position lead into this table? Captures take pieces

@@ -9,9 +9,9 @@ class board;
 struct tablePosition {
     uint64_t pieces[2][6];  // [WHITE/BLACK][PAWN..KING]
     bool whiteToMove;
-    int enPassant;          // target square, 0 when there is none
-    int castling;           // 1 K, 2 Q, 4 k, 8 q
-    int fiftyMoves;         // reversible plies, 0..100
+    int enPassant;   // target square, 0 when there is none
+    int castling;    // 1 K, 2 Q, 4 k, 8 q
+    int fiftyMoves;  // reversible plies, 0..100
 
     uint64_t side(int colour) const {
         const uint64_t* p = pieces[colour];

@@ -14,13 +14,13 @@ namespace {
 constexpr int lazyMargin = 175;
 constexpr int shelterBase = 6000;  // fixed: does not follow the pawn value
 
-constexpr int dangerCurve[51] = {0,  0,  1,  1,  1,  2,  2,  3,  3,  4,  5,  7,  9,  11, 13, 15, 18,
-                                 21, 24, 27, 30, 34, 38, 42, 46, 50, 54, 58, 62, 66, 70, 73, 76, 79,
+constexpr int dangerCurve[51] = {0,  0,  1,  1,  1,  2,  2,  3,  3,  4,  5,  7,  9,  11, 13, 15,  18,
+                                 21, 24, 27, 30, 34, 38, 42, 46, 50, 54, 58, 62, 66, 70, 73, 76,  79,
                                  82, 85, 87, 89, 91, 93, 95, 96, 97, 97, 98, 98, 99, 99, 99, 100, 100};
 
 constexpr uint64_t filesAB = 0xC0C0C0C0C0C0C0C0ULL;
 constexpr uint64_t filesGH = 0x0303030303030303ULL;
-constexpr uint64_t centralOutposts = 0x0000003C3C000000ULL;  // c4-f4, c5-f5
+constexpr uint64_t centralOutposts = 0x0000003C3C000000ULL;     // c4-f4, c5-f5
 constexpr uint64_t whiteCentrePawns = 1ULL << 12 | 1ULL << 11;  // d2, e2
 constexpr uint64_t blackCentrePawns = 1ULL << 52 | 1ULL << 51;  // d7, e7
 
@@ -72,7 +72,8 @@ int minorImbalance(const board& b) {
     const int blackQueens = blackCount[QUEEN], blackRooks = blackCount[ROOK];
     switch (whiteCount[KNIGHT] + whiteCount[BISHOP] - blackCount[KNIGHT] - blackCount[BISHOP] + 3) {
     case 3:
-        if (whiteQueens == blackQueens && whiteRooks != blackRooks) return (whiteRooks - blackRooks) * rookImbalanceWeight;
+        if (whiteQueens == blackQueens && whiteRooks != blackRooks)
+            return (whiteRooks - blackRooks) * rookImbalanceWeight;
         break;
     case 2:
         if (!(blackQueens < whiteQueens || blackRooks < whiteRooks || !b.bb[PAWN][BLACK]))
@@ -100,8 +101,7 @@ int minorImbalance(const board& b) {
             (blackQueens == whiteQueens && blackRooks <= whiteRooks + 2))
             return minorDeficit(blackQueens, blackRooks, minorDeficitWeight3);
         break;
-    default:
-        break;
+    default: break;
     }
     return 0;
 }
@@ -213,7 +213,8 @@ int pawnWalk(const board& b, evalInfo& info) {
         const uint64_t stoppers = enemy & frontSides[us][square];
         const bool advanced = us == WHITE ? square / 8 >= 3 : square / 8 <= 4;
         if (!stoppers) addBit(info.passed, square);
-        else if (countBits(stoppers) == 1 && (own & pawnSupport[us][square]) && advanced) addBit(info.candidates, square);
+        else if (countBits(stoppers) == 1 && (own & pawnSupport[us][square]) && advanced)
+            addBit(info.candidates, square);
     }
     return score;
 }
@@ -222,7 +223,8 @@ int pawnWalk(const board& b, evalInfo& info) {
 // distance to the centre or to the only pawn wing.
 int kingPlacement(const board& b) {
     const int wKingSq = b.wKingSq, bKingSq = b.bKingSq;
-    if (b.totalMat > 40 * pieceValue[PAWN]) return pieceSquare[WHITE][KING][wKingSq] + pieceSquare[BLACK][KING][bKingSq];
+    if (b.totalMat > 40 * pieceValue[PAWN])
+        return pieceSquare[WHITE][KING][wKingSq] + pieceSquare[BLACK][KING][bKingSq];
     const uint64_t pawns = b.bb[PAWN][WHITE] | b.bb[PAWN][BLACK];
     const int rook = pieceValue[ROOK];
     int score = 0;

@@ -94,7 +94,8 @@ int rookScore(const board& b, evalInfo& info) {
         // Through its own rooks and queens.
         const uint64_t reach = b.smg.rookMoves(square, b.occupied & ~heavy);
         attacks[us][ROOK] |= reach;
-        int kingUnits = (reach & kingAttacks[enemyKing]) ? tropism(ROOK, 1) : tropism(ROOK, distance[square][enemyKing]);
+        int kingUnits =
+            (reach & kingAttacks[enemyKing]) ? tropism(ROOK, 1) : tropism(ROOK, distance[square][enemyKing]);
         int value = 0;
         if (!(b.bb[PAWN][us] & fileOf(square))) {
             if (b.bb[ROOK][us] & frontFile[us][square]) value += rookDoubledBonus;
@@ -178,7 +179,8 @@ int board::evaluatePassedPawns(const evalInfo& info) const {
     const int whitePart = passedPawnPart<WHITE>(*this, info.passed, allAttacks(info, BLACK));
     const int blackPart = passedPawnPart<BLACK>(*this, info.passed, allAttacks(info, WHITE));
     const int doubleStart = 2 * maxMaterial;
-    return static_cast<int>(static_cast<int64_t>(whitePart - blackPart) * (doubleStart - totalMat) / nonZero(doubleStart));
+    return static_cast<int>(static_cast<int64_t>(whitePart - blackPart) * (doubleStart - totalMat) /
+                            nonZero(doubleStart));
 }
 
 int board::evaluateHiddenPassedPawns(const evalInfo& info) const {

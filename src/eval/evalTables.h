@@ -16,9 +16,9 @@ extern uint64_t pawnSupport[2][64];  // beside, or one rank behind on the adjace
 
 inline constexpr uint64_t fileB = fileA >> 1;
 inline constexpr uint64_t fileG = fileH << 1;
-inline constexpr uint64_t queenSide = 0xF0F0F0F0F0F0F0F0ULL;   // files a-d
-inline constexpr uint64_t kingSide = 0x0F0F0F0F0F0F0F0FULL;    // files e-h
-inline constexpr uint64_t centreFiles = 0x3C3C3C3C3C3C3C3CULL; // files c-f
+inline constexpr uint64_t queenSide = 0xF0F0F0F0F0F0F0F0ULL;    // files a-d
+inline constexpr uint64_t kingSide = 0x0F0F0F0F0F0F0F0FULL;     // files e-h
+inline constexpr uint64_t centreFiles = 0x3C3C3C3C3C3C3C3CULL;  // files c-f
 
 inline uint64_t fileOf(int square) { return fileH << (square & 7); }
 inline uint64_t rankOf(int square) { return rank1 << (square & 56); }

@@ -91,7 +91,8 @@ void publishEvalWeights(publishedEvalWeights& to) {
 }
 
 void adoptEvalWeights(const publishedEvalWeights& from) {
-    const int generation = std::atomic_ref<int32_t>(const_cast<int32_t&>(from.generation)).load(std::memory_order_acquire);
+    const int generation =
+        std::atomic_ref<int32_t>(const_cast<int32_t&>(from.generation)).load(std::memory_order_acquire);
     if (generation == adoptedGeneration) return;
     adoptedGeneration = generation;
     evalWeightList values;

@@ -9,8 +9,8 @@ namespace {
 // The fields are written by two processes and by GUI time reports, so any
 // value can turn up; sums are done wide and pinned to the 32-bit range.
 int32_t saturate(int64_t v) {
-    return static_cast<int32_t>(std::clamp<int64_t>(v, std::numeric_limits<int32_t>::min(),
-                                                    std::numeric_limits<int32_t>::max()));
+    return static_cast<int32_t>(
+        std::clamp<int64_t>(v, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()));
 }
 
 int colourIndex(int32_t flag) { return flag != 0 ? 1 : 0; }
@@ -100,26 +100,22 @@ int64_t chessclock::share(int64_t& margin) const {
     const int64_t added = timeAddedPerControl;
     margin = 150;
     switch (mode) {
-        case conventional: {
-            // A count below 1 (only reachable through odd input) is taken as
-            // "this move ends the control": the share is the whole remaining
-            // time, still bounded by the cap below.
-            const int64_t moves = movesLeft[e] >= 1 ? movesLeft[e] : 1;
-            const int64_t perControl = movesPerControl >= 1 ? movesPerControl : 1;
-            // At most twice the average time per move of a control. (Twice the
-            // base over 60 moves equals the base over 30, so 60 needs no case.)
-            return std::min(left / moves, 2 * added / perControl);
-        }
-        case suddenDeath:
-            margin = 0;  // the sudden-death share carries no margin
-            return left / 40;
-        case fixedPerMove:
-            return added;
-        case baseAndIncrement:
-            return std::min(left / 30 + added, left);
-        default:
-            margin = 0;
-            return 0;
+    case conventional: {
+        // A count below 1 (only reachable through odd input) is taken as
+        // "this move ends the control": the share is the whole remaining
+        // time, still bounded by the cap below.
+        const int64_t moves = movesLeft[e] >= 1 ? movesLeft[e] : 1;
+        const int64_t perControl = movesPerControl >= 1 ? movesPerControl : 1;
+        // At most twice the average time per move of a control. (Twice the
+        // base over 60 moves equals the base over 30, so 60 needs no case.)
+        return std::min(left / moves, 2 * added / perControl);
+    }
+    case suddenDeath:
+        margin = 0;  // the sudden-death share carries no margin
+        return left / 40;
+    case fixedPerMove: return added;
+    case baseAndIncrement: return std::min(left / 30 + added, left);
+    default: margin = 0; return 0;
     }
 }
 
@@ -136,7 +132,8 @@ int chessclock::moveBudget(int overheadMs) const {
     // A fixed time per move bounds the move, and so does the clock when the
     // front end reports one; the other controls run on the clock.
     int64_t available = remaining[e];
-    if (mode == fixedPerMove) available = timeReported[e] ? std::min<int64_t>(timeAddedPerControl, remaining[e]) : timeAddedPerControl;
+    if (mode == fixedPerMove)
+        available = timeReported[e] ? std::min<int64_t>(timeAddedPerControl, remaining[e]) : timeAddedPerControl;
     int64_t limit = available - overheadMs;
     if (limit < 1) limit = std::max<int64_t>(1, available / 2);  // nearly flagged: move at once
     // Where the margin would eat the whole share (short controls), the share is kept and the limit guards the clock.

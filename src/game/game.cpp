@@ -144,9 +144,7 @@ void game::autoPlay() {
     }
 }
 
-void game::setupStartPosition() {
-    setupPosition("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
-}
+void game::setupStartPosition() { setupPosition("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"); }
 
 bool game::setupPosition(const char* fen) {
     const board previous = position;
@@ -195,13 +193,13 @@ void game::setClock(int moves, int baseMs, int incrementMs) {
 
 void game::setUciOption(int id, int value) {
     switch (id) {
-        case egtbOption: shared->enable_EGTB = value; break;
-        case nullMoveOption: shared->enable_NMP = value; break;
-        case lateMovePruningOption: shared->enable_LMP = value; break;
-        case bookOption: shared->enable_BOOK = value; break;
-        case extensionsOption: shared->enable_EXTENTIONS = value; break;
-        case futilityOption: shared->enable_FUTPRUN = value; break;
-        default: break;
+    case egtbOption: shared->enable_EGTB = value; break;
+    case nullMoveOption: shared->enable_NMP = value; break;
+    case lateMovePruningOption: shared->enable_LMP = value; break;
+    case bookOption: shared->enable_BOOK = value; break;
+    case extensionsOption: shared->enable_EXTENTIONS = value; break;
+    case futilityOption: shared->enable_FUTPRUN = value; break;
+    default: break;
     }
 }
 

@@ -5,9 +5,9 @@
 #include "board/board.h"
 #include "book/book.h"
 #include "eval/evalHashtable.h"
+#include "parallel/sharedData.h"
 #include "platform/mutex.h"
 #include "platform/namedEvent.h"
-#include "parallel/sharedData.h"
 #include "search/hashtable.h"
 
 // sharedData::searchCommand. A search whose command was set back to
@@ -53,7 +53,7 @@ public:
     // for a UCI ponder search or an analysis.
     int32_t searchState;
     hashtable table;
-    int moveOverheadMs;   // kept back from every time budget for the way to the front end
+    int moveOverheadMs;  // kept back from every time budget for the way to the front end
 
     explicit game(const char* instance);
     ~game();

@@ -50,7 +50,12 @@ static void benchRun(game& g, int depth, int timeMs, positions forEach, long lon
 void game::bench(int depth, int timeMs) {
     long long total;
     int t;
-    benchRun(*this, depth, timeMs, [](auto search) { for (const char* fen : benchPositions) search(fen); }, total, t);
+    benchRun(
+        *this, depth, timeMs,
+        [](auto search) {
+            for (const char* fen : benchPositions) search(fen);
+        },
+        total, t);
     printLine("nodes=%lld time=%d.ms speed=%lld.kNPS\n", total, t, t ? total / t : 0);
 }
 
@@ -62,12 +67,15 @@ void game::benchSpeed(int depth) {
     }
     long long total;
     int t;
-    benchRun(*this, depth, 1000000, [file](auto search) {
-        char line[1001];
-        while (file && fgets(line, sizeof line, file))
-            if (line[0] != '+' && line[0] != '-') search(line);
-    }, total, t);
+    benchRun(
+        *this, depth, 1000000,
+        [file](auto search) {
+            char line[1001];
+            while (file && fgets(line, sizeof line, file))
+                if (line[0] != '+' && line[0] != '-') search(line);
+        },
+        total, t);
     if (file) fclose(file);
     printLine("depth=%d nodes=%lld Mnodes=%lld time=%d.ms speed=%lld.kNPS\n", depth, total, total / 1000000, t,
-           t ? total / t : 0);
+              t ? total / t : 0);
 }

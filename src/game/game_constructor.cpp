@@ -24,7 +24,10 @@ void game::waitForSearchEnd(int boundMs) {
 }
 
 game::game(const char* instance)
-    : evalCache(instance), sharedOwner(instance, false), shared(sharedOwner.data), position(shared ? &shared->killers : nullptr),
+    : evalCache(instance),
+      sharedOwner(instance, false),
+      shared(sharedOwner.data),
+      position(shared ? &shared->killers : nullptr),
       table(instance) {
     if (shared == nullptr) exit(1);  // nothing works without the record; the message is out
     board::evalCache = &evalCache;

@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "egtb/EGTBProbe.h"
+#include "parallel/sharedData.h"
 #include "platform/mutex.h"
 #include "platform/namedEvent.h"
-#include "parallel/sharedData.h"
 #include "search/hashtable.h"
 
 // What every searching process (the search process and the slaves) holds:

@@ -4,12 +4,12 @@
 #include <thread>
 
 #include "eval/evalWeightsFile.h"
-#include "platform/console.h"
 #include "parallel/searchProcess.h"
+#include "platform/console.h"
 #include "settings/settingsFile.h"
 
-searchProcess::searchProcess(const char* instance, int number, int processCount, bool tableExists,
-                             bool objectsExist, int retryMs)
+searchProcess::searchProcess(const char* instance, int number, int processCount, bool tableExists, bool objectsExist,
+                             int retryMs)
     : processNumber(number), table(instance, tableExists) {
     nalimovCacheMB = readNalimovCacheSetting(settingsFileName);
     printInvertedScore = readPrintInvertedScoreSetting(settingsFileName);

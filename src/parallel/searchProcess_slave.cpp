@@ -1,5 +1,5 @@
-#include "platform/mutex.h"
 #include "parallel/searchProcess.h"
+#include "platform/mutex.h"
 #include "search/searchtree.h"
 
 void searchProcess::slaveStandBy(searchtree& tree, sharedData& shared) {

@@ -4,13 +4,13 @@
 #include <type_traits>
 
 #include "board/board.h"
+#include "board/killerMoveTable.h"
 #include "eval/evalWeights.h"
 #include "game/chessclock.h"
 #include "game/timer.h"
 #include "platform/mutex.h"
 #include "platform/namedMapping.h"
 #include "platform/processLauncher.h"
-#include "board/killerMoveTable.h"
 
 inline constexpr int splitBlockCount = 100;
 inline constexpr int freeSplitBlock = 9999;
@@ -39,21 +39,21 @@ struct positionImage {
 };
 
 struct splitBlock {
-    int32_t owner;          // process slot of the owner, freeSplitBlock when free
+    int32_t owner;  // process slot of the owner, freeSplitBlock when free
     int32_t depth;
     uint16_t lastMove;
     int32_t alpha;
     int32_t beta;
     positionImage node;
     uint16_t moves[moveBufferSize];  // moves in 0..99 ended by 0, result slots in 100..199
-    int32_t counter;        // cleared when the block is claimed
-    int32_t stop;           // every node searched for the block returns at once when set
+    int32_t counter;                 // cleared when the block is claimed
+    int32_t stop;                    // every node searched for the block returns at once when set
     int32_t numSlaves;
-    int32_t nextMove;       // index of the next move to hand out
+    int32_t nextMove;  // index of the next move to hand out
     int32_t reducedMoves;
     int32_t failHigh;
-    int32_t parent;         // block of the node that split, 0 for none
-    int32_t claimedMask;    // bit p: process slot p was claimed for the block
+    int32_t parent;       // block of the node that split, 0 for none
+    int32_t claimedMask;  // bit p: process slot p was claimed for the block
 
     // The block's side of the split protocol, for its owner and its slaves
     // alike; lock is the block's own mutex.
@@ -75,7 +75,7 @@ struct sharedData {
     // game controller and search process
     int32_t searchLoopRunFlag;
     int32_t searchCommand;
-    int32_t outputMode;     // xboardProtocol or uciProtocol
+    int32_t outputMode;  // xboardProtocol or uciProtocol
     int32_t maxDepth;
     int32_t postFlag;
     int32_t ponderingActive;
@@ -94,9 +94,9 @@ struct sharedData {
     positionImage rootPosition;
     int32_t rootBestScore;
     int32_t rootMoveNumber;
-    int32_t rootDepth;       // iteration being searched, as printed
-    int64_t nodeLimit;       // the search stops at this many nodes; 0: no limit
-    int32_t untilStopped;    // an infinite search: its move waits for the front end's stop
+    int32_t rootDepth;     // iteration being searched, as printed
+    int64_t nodeLimit;     // the search stops at this many nodes; 0: no limit
+    int32_t untilStopped;  // an infinite search: its move waits for the front end's stop
 
     // search switches
     int32_t enable_EGTB;
@@ -111,14 +111,14 @@ struct sharedData {
 
     int32_t processCount;
     int32_t allSearchprocesEnabled;
-    int32_t processState[maxProcesses];      // processIdle: available for a split; processBusy
+    int32_t processState[maxProcesses];  // processIdle: available for a split; processBusy
     int32_t assignedSplitBlock[maxProcesses];
-    int32_t waitingForBlock[maxProcesses];   // block an owner waits for while idle, 0 none: a claim wakes it there
-    int32_t processLost[maxProcesses];       // claimed and never back: not claimed again
+    int32_t waitingForBlock[maxProcesses];  // block an owner waits for while idle, 0 none: a claim wakes it there
+    int32_t processLost[maxProcesses];      // claimed and never back: not claimed again
     int32_t runFlag;
-    int64_t nodeTotals[2];                   // alphaBeta nodes, quiescence nodes
-    int32_t processesReady;                  // role processes that have opened every object
-    publishedEvalWeights tunedWeights;       // the tuner's weights, for the slaves
+    int64_t nodeTotals[2];              // alphaBeta nodes, quiescence nodes
+    int32_t processesReady;             // role processes that have opened every object
+    publishedEvalWeights tunedWeights;  // the tuner's weights, for the slaves
 };
 
 static_assert(std::is_trivially_copyable_v<sharedData>);

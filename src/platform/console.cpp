@@ -10,7 +10,7 @@
 namespace {
 
 constexpr const char outputVariable[] = "TALVIN_OUTPUT";
-int uciMode = -1;  // not yet read from the environment
+int uciMode = -1;                       // not yet read from the environment
 constexpr int lineBufferBytes = 12000;  // an echoed command line fits
 
 bool hasText(const char* line, size_t length) {

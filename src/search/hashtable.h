@@ -13,8 +13,8 @@
 // A torn entry (two writers at once) fails the XOR test and reads as a miss.
 class hashtable {
 public:
-    static constexpr int defaultEntryCount = 2097152;   // 32 MB
-    static constexpr int maskedEntryCount = 0x400000;   // 64 MB: the one size indexed by a mask
+    static constexpr int defaultEntryCount = 2097152;  // 32 MB
+    static constexpr int maskedEntryCount = 0x400000;  // 64 MB: the one size indexed by a mask
     static constexpr uint64_t indexMask = 0x3FFFFF;
     static constexpr uint64_t moveClearMask = ~uint64_t{0xFFFF};
     static constexpr int missValue = 16310;
@@ -54,10 +54,10 @@ public:
         if ((check ^ data) != key || depth > storedDepth(data)) return missValue;
         const int score = storedScore(data);
         switch (storedBound(data)) {
-            case exactBound: return score;
-            case upperBound: return alpha >= score ? alpha : missValue;
-            case lowerBound: return beta <= score ? beta : missValue;
-            default: return missValue;
+        case exactBound: return score;
+        case upperBound: return alpha >= score ? alpha : missValue;
+        case lowerBound: return beta <= score ? beta : missValue;
+        default: return missValue;
         }
     }
 
@@ -96,9 +96,9 @@ public:
             overwrite = false;
         } else {
             switch (storedBound(data)) {
-                case upperBound: overwrite = !(newScore >= storedS && bound == upperBound); break;
-                case lowerBound: overwrite = !(newScore <= storedS && bound == lowerBound); break;
-                default: overwrite = false; break;  // an exact result yields only to a deeper one
+            case upperBound: overwrite = !(newScore >= storedS && bound == upperBound); break;
+            case lowerBound: overwrite = !(newScore <= storedS && bound == lowerBound); break;
+            default: overwrite = false; break;  // an exact result yields only to a deeper one
             }
         }
 

@@ -3,7 +3,9 @@
 #include "platform/instance.h"
 
 localSearch::localSearch(int hashMB)
-    : shared(std::make_unique<sharedData>()), table(instanceName(), hashMB, false), tree(shared.get(), &table, 0, false) {
+    : shared(std::make_unique<sharedData>()),
+      table(instanceName(), hashMB, false),
+      tree(shared.get(), &table, 0, false) {
     // Nothing else opens these tables, so their names can go at once.
     removeInstanceObjects();
     board::killers = &shared->killers;

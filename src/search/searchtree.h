@@ -28,10 +28,10 @@ class searchtree {
 public:
     sharedData* shared;
     hashtable* table;
-    int processSlot;         // this process's index among the engine processes
-    searchProcess* process = nullptr;  // events and block mutexes; none in a single-process search
-    bool printInvertedScore; // thinking scores from White's view
-    int64_t nodes[2] = {0, 0};  // alphaBeta and quiescence nodes since the last report
+    int processSlot;                        // this process's index among the engine processes
+    searchProcess* process = nullptr;       // events and block mutexes; none in a single-process search
+    bool printInvertedScore;                // thinking scores from White's view
+    int64_t nodes[2] = {0, 0};              // alphaBeta and quiescence nodes since the last report
     const EGTBProbe* tablebases = nullptr;  // set when tables were found
 
     movelist rootList;
@@ -87,7 +87,8 @@ private:
     // Claims every idle process and a free split block for the node's moves
     // (ended by 0) and wakes the claimed processes; the block number, or 0
     // when there is not enough to share, nobody to share with or no block.
-    int openSplitBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves, int sbNum);
+    int openSplitBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves,
+                       int sbNum);
     // After the owner's own part: stops the block when it failed high or the
     // search ends, and waits for its slaves. True when it failed high.
     bool closeSplitBlock(int blockNumber, int sbNum);

@@ -5,7 +5,6 @@
 
 namespace {
 
-
 // A table move is taken only if it moves a piece of the side to move onto a
 // square without one: a colliding key must not feed makeMove a wild move.
 inline bool plausibleMove(const board& b, int move) {

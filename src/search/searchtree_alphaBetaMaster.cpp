@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "parallel/searchProcess.h"
 #include "platform/console.h"
 #include "platform/mutex.h"
-#include "parallel/searchProcess.h"
 #include "search/moveGenerator.h"
 #include "search/searchtree.h"
 
@@ -189,7 +189,8 @@ void searchtree::waitForSlaves(int blockNumber) {
         }
         // The last slave is usually close: watch before sleeping.
         const auto spinEnd = clock::now() + std::chrono::microseconds(wakeSpinUs);
-        while (peek(block.numSlaves) > 0 && peek(shared->assignedSplitBlock[processSlot]) == 0 && clock::now() < spinEnd)
+        while (peek(block.numSlaves) > 0 && peek(shared->assignedSplitBlock[processSlot]) == 0 &&
+               clock::now() < spinEnd)
             sched_yield();
         if (peek(block.numSlaves) <= 0 || peek(shared->assignedSplitBlock[processSlot]) != 0) continue;
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now()).count();
@@ -213,7 +214,8 @@ int searchtree::split(int lastMove, board& node, int depth, int& alpha, int beta
     picker.addNoncapmovesToList();
     // After the hash move alone, the completed list starts again at its first entry.
     if (stageBefore == 1) picker.index = -1;
-    const int blockNumber = openSplitBlock(lastMove, node, depth, alpha, beta, picker.list.moves + picker.index + 1, sbNum);
+    const int blockNumber =
+        openSplitBlock(lastMove, node, depth, alpha, beta, picker.list.moves + picker.index + 1, sbNum);
     if (blockNumber == 0) return noSplit;
     return alphaBetaMaster(blockNumber, lastMove, node, depth, alpha, beta, picker, bestMove, bound, inCheck, sbNum);
 }

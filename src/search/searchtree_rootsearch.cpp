@@ -8,7 +8,6 @@
 
 namespace {
 
-
 // Appends formatted text, cut at the end of the buffer.
 template <class... values>
 void append(char* out, int size, const char* format, values... v) {
@@ -62,10 +61,9 @@ void searchtree::printThinkingLine(const board& position, int depthShown, int sc
     if (printInvertedScore && position.toMove == -1) score = -score;
     char line[1200] = "";
     if (shared->outputMode == uciProtocol)
-        append(line, sizeof line, "info depth %d score cp %d time %lld nodes %lld nps %lld pv ", depthShown, score,
-               t, n, t ? n / t : 0);
-    else
-        append(line, sizeof line, " %d  %d  %lld  %lld ", depthShown, score, t, n);
+        append(line, sizeof line, "info depth %d score cp %d time %lld nodes %lld nps %lld pv ", depthShown, score, t,
+               n, t ? n / t : 0);
+    else append(line, sizeof line, " %d  %d  %lld  %lld ", depthShown, score, t, n);
     printThinking(position, firstMove, line, sizeof line);
     printLine("%s", line);
 }
@@ -183,7 +181,8 @@ int searchtree::rootSearch(const board& position) {
             append(statistics, sizeof statistics, " depth=%d only first move examined\n", d + 1);
         } else {
             append(statistics, sizeof statistics, " depth=%d\n moves searched=%d", d + 1, movesSearched);
-            append(statistics, sizeof statistics, "pShared->allSearchprocesEnabled=%d\n", shared->allSearchprocesEnabled);
+            append(statistics, sizeof statistics, "pShared->allSearchprocesEnabled=%d\n",
+                   shared->allSearchprocesEnabled);
             append(statistics, sizeof statistics, "pShared->timer1.timeIsUp()=%d\n", shared->timer1.timeIsUp() ? 1 : 0);
         }
     }

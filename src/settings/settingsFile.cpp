@@ -1,10 +1,10 @@
 #include "settings/settingsFile.h"
 
+#include <strings.h>
 #include <algorithm>
 #include <cctype>
 #include <climits>
 #include <cstdlib>
-#include <strings.h>
 
 #include "platform/console.h"
 #include "platform/processLauncher.h"

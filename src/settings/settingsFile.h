@@ -90,7 +90,7 @@ struct gameSettings {
     int enableFUTPRUN = 1;
     int enableBOOK = 1;
     int enableEXTENTIONS = 1;
-    int processCount = 1;  // search process plus slaves, at most maxProcesses
+    int processCount = 1;     // search process plus slaves, at most maxProcesses
     int moveOverheadMs = 50;  // kept back from every time budget for the way to the front end
 };
 

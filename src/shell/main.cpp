@@ -3,12 +3,12 @@
 
 #include "game/game.h"
 #include "game/roleProcess.h"
+#include "parallel/searchProcess.h"
 #include "platform/instance.h"
 #include "platform/processLauncher.h"
-#include "parallel/searchProcess.h"
 #include "search/searchtree.h"
-#include "shell/protocols.h"
 #include "settings/settingsFile.h"
+#include "shell/protocols.h"
 
 namespace {
 
@@ -23,13 +23,14 @@ void printVersion() { printf("%s (Talvin %s)\n", engineName, engineVersion); }
 
 void printHelp() {
     printVersion();
-    printf("A chess engine for graphical front ends. Start it without arguments and\n"
-           "send \"xboard\" (xboard/WinBoard protocol 2) or \"uci\" as the first line.\n"
-           "Settings are read from \"%s\" in the working directory; in UCI\n"
-           "mode the engine writes that file from the front end's options.\n"
-           "  --help     this text\n"
-           "  --version  name and version\n",
-           settingsFileName);
+    printf(
+        "A chess engine for graphical front ends. Start it without arguments and\n"
+        "send \"xboard\" (xboard/WinBoard protocol 2) or \"uci\" as the first line.\n"
+        "Settings are read from \"%s\" in the working directory; in UCI\n"
+        "mode the engine writes that file from the front end's options.\n"
+        "  --help     this text\n"
+        "  --version  name and version\n",
+        settingsFileName);
 }
 
 }  // namespace

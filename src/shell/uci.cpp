@@ -6,8 +6,8 @@
 #include "game/game.h"
 #include "platform/console.h"
 #include "platform/instance.h"
-#include "shell/protocols.h"
 #include "settings/settingsFile.h"
+#include "shell/protocols.h"
 
 namespace {
 
@@ -154,7 +154,8 @@ void go(game& g, const char* line) {
     } else if (movetime > 0) {
         g.setClock(0, 0, movetime);
     } else if (clockGiven || goFlag(line, "movestogo ") || goFlag(line, white ? "winc " : "binc ")) {
-        g.setClock(static_cast<int>(goValue(line, "movestogo ")), static_cast<int>(goValue(line, white ? "wtime " : "btime ")),
+        g.setClock(static_cast<int>(goValue(line, "movestogo ")),
+                   static_cast<int>(goValue(line, white ? "wtime " : "btime ")),
                    static_cast<int>(goValue(line, white ? "winc " : "binc ")));
     } else if (depth > 0 || mate > 0 || nodes > 0) {
         g.setClock(0, 0, 99999999);  // no time named: only the named limit ends the search

@@ -29,9 +29,10 @@ void setLevel(game& g, const char* line) {
 }
 
 void printFeatures() {
-    printLine("feature myname=\"%s\"\nfeature sigint=0\nfeature sigterm=0\nfeature variants=normal\n"
-              "feature ping=1\nfeature setboard=1\nfeature done=1\n",
-              engineName);
+    printLine(
+        "feature myname=\"%s\"\nfeature sigint=0\nfeature sigterm=0\nfeature variants=normal\n"
+        "feature ping=1\nfeature setboard=1\nfeature done=1\n",
+        engineName);
 }
 
 void dispatch(game& g, const char* line, bool& analyze) {

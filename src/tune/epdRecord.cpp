@@ -13,9 +13,7 @@ std::string trim(const std::string& s) {
     return begin == std::string::npos ? "" : s.substr(begin, end - begin + 1);
 }
 
-bool isNumber(const std::string& s) {
-    return !s.empty() && s.find_first_not_of("0123456789") == std::string::npos;
-}
+bool isNumber(const std::string& s) { return !s.empty() && s.find_first_not_of("0123456789") == std::string::npos; }
 
 // Eight ranks of eight squares, each side with exactly one king.
 bool validPlacement(const std::string& placement) {

@@ -9,8 +9,8 @@
 // "opcode operands;" operations of which id, bm and am are read.
 class epdRecord {
 public:
-    std::string fen;  // six FEN fields; "0 1" when the line gives no clocks
-    std::string id;   // without its quotes; empty when there is none
+    std::string fen;                  // six FEN fields; "0 1" when the line gives no clocks
+    std::string id;                   // without its quotes; empty when there is none
     std::string bestText, avoidText;  // the bm and am operands as written
     std::vector<int> bestMoves, avoidMoves;
 

@@ -73,8 +73,8 @@ void runEpdSuite(sharedData& shared, searchtree& tree, board& position, int comm
         solved += hit;
         char name[16];
         std::snprintf(name, sizeof name, "#%d", lineNumber);
-        printInfo("%s: expected %s; played %s; %s; %d ms\n", record.id.empty() ? name : record.id.c_str(), expectedText(record).c_str(),
-                            played, hit ? "solved" : "not solved", ms);
+        printInfo("%s: expected %s; played %s; %s; %d ms\n", record.id.empty() ? name : record.id.c_str(),
+                  expectedText(record).c_str(), played, hit ? "solved" : "not solved", ms);
         if (!hit && incorrect) std::fprintf(incorrect, "%s\n", line);
     }
     std::fclose(suite);

@@ -121,9 +121,9 @@ bool tuner::tuneRound(int pass, int depth, float& base) {
             setWeight(i, trial);
             const float score = measure(depth);
             if (stopped) break;
-            printInfo(trial < value ? "param=%d; paramValue=%d; lowScore= %f\n"
-                                              : "param=%d; paramValue=%d; highScore=%f\n",
-                                i, trial, score);
+            printInfo(
+                trial < value ? "param=%d; paramValue=%d; lowScore= %f\n" : "param=%d; paramValue=%d; highScore=%f\n",
+                i, trial, score);
             if (score < base) {
                 printInfo("new paramValue=%d\n", trial);
                 skipCounters[i] = 0;

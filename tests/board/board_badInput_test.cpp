@@ -13,12 +13,14 @@ TEST(BadInput, BrokenPositionsStaySafe) {
         "garbage",
         "KQkq",
         "8/8/8/8/8/8/8/8 w KQkq e3 -5 -1",
-        "PPPPPPPP/pppppppp/8/8/8/8/PPPPPPPP/pppppppp w - - 0 1",       // pawns on the first and last rank
+        "PPPPPPPP/pppppppp/8/8/8/8/PPPPPPPP/pppppppp w - - 0 1",  // pawns on the first and last rank
         "QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/QQQQQQQQ/qqqqqqqq/qqqqqqqq/qqqqqqqq/qqqqqqqk b KQkq - 0 1",
-        "K7/8/8/8/8/8/8/7K w - - 0 1",                                  // two white kings, no black one
+        "K7/8/8/8/8/8/8/7K w - - 0 1",  // two white kings, no black one
         "99999999999999999999999999 w KQkq h8 300 99999999999",
         "r3k/rbn2pnp1/3PA3/1p3P3/2N2Q1p/PPPBB2Q1p/PPPBBw QKkq - 0 1 e1c1",  // pawn from a stale king square
-        "1pRPP\x96\xc6\xe6\xc6" "999999-996r/\x96\xc6\xe6\xc6" "999999-9999!999)",
+        "1pRPP\x96\xc6\xe6\xc6"
+        "999999-996r/\x96\xc6\xe6\xc6"
+        "999999-9999!999)",
     };
     testing::internal::CaptureStdout();  // king captures are reported on the console
     for (const char* text : inputs) {

@@ -63,12 +63,19 @@ TEST_F(GenerateTest, KillersHistoryAndSortTieOrder) {
 
 TEST_F(GenerateTest, CaptureScores) {
     const char* three = "4k3/7q/2p5/1n6/P3B3/8/8/4K3 w - - 0 1";
-    const struct { const char* fen; const char* move; int score; } cases[] = {
-        {three, "e4h7", 28681}, {three, "a4b5", 28674}, {three, "e4c6", 28673},  // 28672 + gain / 100
+    const struct {
+        const char* fen;
+        const char* move;
+        int score;
+    } cases[] = {
+        {three, "e4h7", 28681},
+        {three, "a4b5", 28674},
+        {three, "e4c6", 28673},                                  // 28672 + gain / 100
         {"4k3/8/2p5/3b4/4B3/8/8/4K3 w - - 0 1", "e4d5", 20480},  // on a defended square: bishop for bishop
         {"4k3/8/2p5/3p4/4B3/8/8/4K3 w - - 0 1", "e4d5", 16384},  // and bishop for pawn
         // en passant onto a square the c7 pawn covers takes "nothing" there
-        {"4k3/2p5/8/3pP3/8/8/8/4K3 w - d6 0 2", "e5d6", 16384}, {"4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 2", "e5d6", 28672},
+        {"4k3/2p5/8/3pP3/8/8/8/4K3 w - d6 0 2", "e5d6", 16384},
+        {"4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 2", "e5d6", 28672},
         {"4k3/8/8/8/8/8/6p1/4K2R b - - 0 1", "g2h1Q", 24576},
     };
     for (const auto& c : cases) {

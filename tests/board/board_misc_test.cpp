@@ -27,15 +27,20 @@ TEST(GameEnd, ThirdOccurrenceIsADrawButNotTheSecond) {
 TEST(GameEnd, FiftyMovesStalemateMatesAndInsufficientMaterialByPieceCount) {
     const std::string draw = "1/2-1/2 {insufficient Material}\n";
     const std::pair<const char*, std::string> cases[] = {
-        {"4k3/8/8/8/8/8/8/R3K3 w - - 100 80", "1/2-1/2 {50 moves rule}\n"}, {"4k3/8/8/8/8/8/8/R3K3 w - - 99 80", ""},
+        {"4k3/8/8/8/8/8/8/R3K3 w - - 100 80", "1/2-1/2 {50 moves rule}\n"},
+        {"4k3/8/8/8/8/8/8/R3K3 w - - 99 80", ""},
         {"7k/5Q2/6K1/8/8/8/8/8 b - - 0 1", "1/2-1/2 {stalemate}\n"},
         {"7k/6Q1/6K1/8/8/8/8/8 b - - 0 1", "1-0 {white mates}\n"},
         {"8/8/8/8/8/6k1/6q1/7K w - - 0 1", "0-1 {black mates}\n"},
-        {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", draw}, {"4k3/8/8/8/8/8/8/4KN2 w - - 0 1", draw},
-        {"4kb2/8/8/8/8/8/8/4K3 w - - 0 1", draw}, {"4k3/8/8/8/8/8/8/4K2R w - - 0 1", ""},
-        {"4k3/8/8/8/8/8/4P3/4K3 w - - 0 1", ""}, {"4k3/8/8/8/8/8/8/3NK2N w - - 0 1", ""},
+        {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", draw},
+        {"4k3/8/8/8/8/8/8/4KN2 w - - 0 1", draw},
+        {"4kb2/8/8/8/8/8/8/4K3 w - - 0 1", draw},
+        {"4k3/8/8/8/8/8/8/4K2R w - - 0 1", ""},
+        {"4k3/8/8/8/8/8/4P3/4K3 w - - 0 1", ""},
+        {"4k3/8/8/8/8/8/8/3NK2N w - - 0 1", ""},
         // bishops on h1 (0) and f8 (58): equal parity of the numbers counts, not the colour of the squares
-        {"4kb2/8/8/8/8/8/8/4K2B w - - 0 1", draw}, {"4k1b1/8/8/8/8/8/8/4K2B w - - 0 1", ""},
+        {"4kb2/8/8/8/8/8/8/4K2B w - - 0 1", draw},
+        {"4k1b1/8/8/8/8/8/8/4K2B w - - 0 1", ""},
     };
     for (const auto& [fen, text] : cases) EXPECT_EQ(gameEndText(boardFrom(fen)), text) << fen;
 }
@@ -46,8 +51,8 @@ TEST(Legality, KingLeftInCheckAndCastlingThroughAttack) {
     uint16_t legal[moveBufferSize];
     b.generateLegalMoves(legal);
     EXPECT_EQ(listText(legal), "e1e2 e1d1 e1f1");  // capture first; castling and the rooks drop out
-    EXPECT_TRUE(b.underAttack(12, 1));   // d2 attacked by black
-    EXPECT_FALSE(b.underAttack(52, -1)); // e7 not attacked by white
+    EXPECT_TRUE(b.underAttack(12, 1));             // d2 attacked by black
+    EXPECT_FALSE(b.underAttack(52, -1));           // e7 not attacked by white
 }
 
 TEST(MoveText, BothWays) {

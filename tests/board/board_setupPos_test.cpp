@@ -15,11 +15,16 @@ TEST(SetupPosition, StartPositionFieldsAndFen) {
 
 // Tens digits come out as the character 42 + hundreds digit; a move number below 1 reads as 1.
 TEST(SetupPosition, ClockAndMoveNumberWithThreeDigitWriter) {
-    const struct { const char* fen; int ply; const char* written; } cases[] = {
+    const struct {
+        const char* fen;
+        int ply;
+        const char* written;
+    } cases[] = {
         {"4k3/8/8/8/8/8/8/4K3 b - - 12 40", 79, "4k3/8/8/8/8/8/8/4K3 b - - *2 *0"},
         {"4k3/8/8/8/8/8/8/4K3 w - - 123 150", 298, "4k3/8/8/8/8/8/8/4K3 w - - ++3 ++9"},
         {"4k3/8/8/8/8/8/8/4K3 b - - 105 50", 99, "4k3/8/8/8/8/8/8/4K3 b - - +5 *0"},
-        {"4k3/8/8/8/8/8/8/4K3 b - - 0 0", 1, nullptr}, {"4k3/8/8/8/8/8/8/4K3 b - - 0 -7", 1, nullptr},
+        {"4k3/8/8/8/8/8/8/4K3 b - - 0 0", 1, nullptr},
+        {"4k3/8/8/8/8/8/8/4K3 b - - 0 -7", 1, nullptr},
         {"4k3/8/8/8/8/8/8/4K3 w - - 0 0", 0, nullptr},
     };
     for (const auto& c : cases) {
@@ -42,9 +47,14 @@ TEST(SetupPosition, CastlingFieldIsReadInFixedOrder) {
     EXPECT_EQ(b.fiftyMoves, 0);
     EXPECT_EQ(b.ply, 0);
     // A right whose king or rook is off its square is dropped.
-    const struct { const char* fen; int castle; } dropped[] = {
-        {"4k3/8/8/8/8/8/8/4K3 w KQkq - 0 1", 0},   {"r3k2r/8/8/8/8/8/8/R4K1R w KQkq - 0 1", 12},
-        {"r3k3/8/8/8/8/8/8/R3K1R1 w KQkq - 0 1", 10}, {"1r2k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1", 7},
+    const struct {
+        const char* fen;
+        int castle;
+    } dropped[] = {
+        {"4k3/8/8/8/8/8/8/4K3 w KQkq - 0 1", 0},
+        {"r3k2r/8/8/8/8/8/8/R4K1R w KQkq - 0 1", 12},
+        {"r3k3/8/8/8/8/8/8/R3K1R1 w KQkq - 0 1", 10},
+        {"1r2k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1", 7},
     };
     for (const auto& c : dropped) EXPECT_EQ(boardFrom(c.fen).castle, c.castle) << c.fen;
 }

@@ -6,7 +6,11 @@
 // Published leaf counts at depths that run in well under a second; the deep
 // ones are in the perft-deep benchmark target.
 TEST(Perft, PublishedCounts) {
-    struct { const char* fen; int depth; uint64_t nodes; } cases[] = {
+    struct {
+        const char* fen;
+        int depth;
+        uint64_t nodes;
+    } cases[] = {
         {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 4, 197281},
         {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", 3, 97862},
         {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", 5, 674624},

@@ -29,7 +29,7 @@ uint64_t naiveAttacks(int square, uint64_t occupancy, bool rook) {
     return result;
 }
 
-} // namespace
+}  // namespace
 
 // Every subset of every mask, then whole-board occupancies of varying density
 // (bits outside the masks included): a bad magic or mask shows up here.

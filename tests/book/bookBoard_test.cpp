@@ -20,8 +20,8 @@ TEST(BookBoard, LegalMovesAreTheEnginesLegalMoves) {
         "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
         "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
         "r4rk1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/P1NP1N2/1PP1QPPP/R4RK1 w - - 0 10",
-        "8/8/8/K2pP2r/8/8/8/7k w - d6 0 1",      // en passant would expose the king
-        "4k3/8/8/2KpP3/8/8/8/8 w - d6 0 1",      // en passant out of check
+        "8/8/8/K2pP2r/8/8/8/7k w - d6 0 1",  // en passant would expose the king
+        "4k3/8/8/2KpP3/8/8/8/8 w - d6 0 1",  // en passant out of check
         "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1",
         "r3k2r/8/8/8/8/8/5r2/R3K2R w KQkq - 0 1",  // f2 rook: no castling through check
         "1r2k2r/8/8/8/8/8/8/R3K2R b KQk - 0 1",
@@ -47,9 +47,16 @@ TEST(BookBoard, LegalMovesAreTheEnginesLegalMoves) {
 }
 
 TEST(BookBoard, TextThatIsNoPositionIsRefused) {
-    const char* bad[] = {"", "garbage", "8/8/8/8/8/8/8/8 w - - 0 1", "4k3/8/8/8/8/8/8/4K3", "4k3/8/8/8/8/8/8/4K3 x - -",
-                         "4k3/8/8/8/8/8/8/4K2KK w - -", "4k3/8/8/8/8/8/8 w - -", "P3k3/8/8/8/8/8/8/4K3 w - -",
-                         "4k3/8/8/9/8/8/8/4K3 w - -", "4k3/8/8/8/8/8/8/4K3/8 w - -"};
+    const char* bad[] = {"",
+                         "garbage",
+                         "8/8/8/8/8/8/8/8 w - - 0 1",
+                         "4k3/8/8/8/8/8/8/4K3",
+                         "4k3/8/8/8/8/8/8/4K3 x - -",
+                         "4k3/8/8/8/8/8/8/4K2KK w - -",
+                         "4k3/8/8/8/8/8/8 w - -",
+                         "P3k3/8/8/8/8/8/8/4K3 w - -",
+                         "4k3/8/8/9/8/8/8/4K3 w - -",
+                         "4k3/8/8/8/8/8/8/4K3/8 w - -"};
     for (const char* fen : bad) {
         bookBoard position;
         EXPECT_FALSE(position.setup(fen)) << fen;

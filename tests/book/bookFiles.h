@@ -23,9 +23,9 @@ inline std::string fenAfter(const char* moves, const char* fen = startFen) {
 inline void writeCtgBook(const std::string& path, const std::string& games, ctgWriter& writer, bool pgn = false) {
     std::vector<std::string> warnings;
     std::string error;
-    readBookGames(games, pgn, boardFrom(startFen), [&](const bookGame& game) {
-        EXPECT_TRUE(writer.addGame(game, error)) << error;
-    }, warnings);
+    readBookGames(
+        games, pgn, boardFrom(startFen),
+        [&](const bookGame& game) { EXPECT_TRUE(writer.addGame(game, error)) << error; }, warnings);
     EXPECT_TRUE(warnings.empty()) << warnings.front();
     EXPECT_TRUE(writer.write(path, error)) << error;
 }

@@ -40,7 +40,8 @@ TEST_F(BookSession, AMissingBookCostsOneMessageAProbe) {
     start();
     engine->send("xboard\nprotover 2\nnew\nst 1\nsd 3\nnopost\n");
     expectReplies("go\n", {"probe TalvinBook: bookTalvin.ctg\nError reading cgt-file\n#move=\n", "move "});
-    expectReplies("force\nnew\nst 1\nsd 3\ngo\n", {"probe TalvinBook: bookTalvin.ctg\nError reading cgt-file\n#move=\n", "move "});
+    expectReplies("force\nnew\nst 1\nsd 3\ngo\n",
+                  {"probe TalvinBook: bookTalvin.ctg\nError reading cgt-file\n#move=\n", "move "});
     size_t messages = 0;
     for (size_t at = engine->output.find("Error"); at != std::string::npos; at = engine->output.find("Error", at + 1))
         messages++;
@@ -75,7 +76,8 @@ TEST_F(BookSession, UciBookOptions) {
 
 TEST_F(BookSession, UciPlaysFromTheDebianPolyglotBook) {
     const std::string debianBook = "/usr/share/games/gnuchess/book.bin";
-    if (access(debianBook.c_str(), R_OK) != 0) GTEST_SKIP() << debianBook << " is missing (Debian package gnuchess-book)";
+    if (access(debianBook.c_str(), R_OK) != 0)
+        GTEST_SKIP() << debianBook << " is missing (Debian package gnuchess-book)";
     start();
     engine->send("uci\nsetoption name BookPath value " + debianBook + "\n");
     expectReply("isready\n", "readyok\n");

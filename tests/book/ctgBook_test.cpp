@@ -20,17 +20,20 @@ std::string bytes(const std::string& hex) {
 // The worked example of the format: 1.e4 and 1.d4 from ten games, 1...e5
 // (marked "!") and 1...c5, the position after 1.d4 too rare to be kept.
 TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
-    const std::string games = "e2e4 e7e5$1 1-0\ne2e4 e7e5 1-0\ne2e4 e7e5 1-0\ne2e4 c7c5 0-1\ne2e4 c7c5 1/2-1/2\n"
-                              "e2e4 c7c5 1/2-1/2\nd2d4 1-0\nd2d4 1-0\nd2d4 0-1\nd2d4 0-1\n";
+    const std::string games =
+        "e2e4 e7e5$1 1-0\ne2e4 e7e5 1-0\ne2e4 e7e5 1-0\ne2e4 c7c5 0-1\ne2e4 c7c5 1/2-1/2\n"
+        "e2e4 c7c5 1/2-1/2\nd2d4 1-0\nd2d4 1-0\nd2d4 0-1\nd2d4 0-1\n";
     ctgWriter writer;
     writer.maxPlies = 2;
     writer.minGames = 5;
     writeCtg(games, writer);
-    std::string page = bytes("00 02 00 7c 56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f "
-                             "05 5f 00 eb 00 00 00 0a 00 00 05 00 00 03 00 00 02");
+    std::string page = bytes(
+        "00 02 00 7c 56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f "
+        "05 5f 00 eb 00 00 00 0a 00 00 05 00 00 03 00 00 02");
     page.resize(4 + 60, '\0');
-    page += bytes("56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c7 21 a6 0f 59 60 f3 b6 0f 7f "
-                  "05 5f 01 9b 00 00 00 06 00 00 01 00 00 03 00 00 02");
+    page += bytes(
+        "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c7 21 a6 0f 59 60 f3 b6 0f 7f "
+        "05 5f 01 9b 00 00 00 06 00 00 01 00 00 03 00 00 02");
     page.resize(4096, '\0');
     std::string header(4096, '\0');
     header[31] = 10;
@@ -59,18 +62,21 @@ TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
 TEST_F(CtgBook, MovesAndCountsComeBackInBookOrder) {
     ctgWriter writer;
     writer.minGames = 2;
-    writeCtg("[FEN \"8/2k1P3/8/8/8/8/8/6K1 w - - 0 1\"] 1. e8=Q Kb6 2. Qe3+ 1-0\n"
-             "[FEN \"8/2k1P3/8/8/8/8/8/6K1 w - - 0 1\"] 1. e8=Q Kb7?! (1... Kb6 {better}) 1/2-1/2\n"
-             "1. e4 a6 2. e5 d5 3. exd6 $75 e6 4. Nf3 Nf6 5. Bc4 Be7 6. O-O O-O 1-0\n"
-             "1. e4 a6 2. e5 d5 3. exd6 1-0\n"
-             "1. d4 d5 2. Bf4 Bf5 3. Nc3 Nc6 4. Qd2 Qd7 5. O-O-O O-O-O 0-1\n"
-             "1. d4 d5 2. Bf4 Bf5 3. Nc3 Nc6 4. Qd2 Qd7 5. O-O-O O-O-O 1/2-1/2\n"
-             "1. d4 d5 2. Nf3 0-1\n",
-             writer, true);
+    writeCtg(
+        "[FEN \"8/2k1P3/8/8/8/8/8/6K1 w - - 0 1\"] 1. e8=Q Kb6 2. Qe3+ 1-0\n"
+        "[FEN \"8/2k1P3/8/8/8/8/8/6K1 w - - 0 1\"] 1. e8=Q Kb7?! (1... Kb6 {better}) 1/2-1/2\n"
+        "1. e4 a6 2. e5 d5 3. exd6 $75 e6 4. Nf3 Nf6 5. Bc4 Be7 6. O-O O-O 1-0\n"
+        "1. e4 a6 2. e5 d5 3. exd6 1-0\n"
+        "1. d4 d5 2. Bf4 Bf5 3. Nc3 Nc6 4. Qd2 Qd7 5. O-O-O O-O-O 0-1\n"
+        "1. d4 d5 2. Bf4 Bf5 3. Nc3 Nc6 4. Qd2 Qd7 5. O-O-O O-O-O 1/2-1/2\n"
+        "1. d4 d5 2. Nf3 0-1\n",
+        writer, true);
     ctgBook reader(path("book.ctg").c_str());
     const std::string promotion = "8/2k1P3/8/8/8/8/8/6K1 w - - 0 1";
     const std::string afterPromotion = fenAfter("e7e8q", promotion.c_str());  // Black to move, mirrored
-    const struct { std::string fen, moves, results; } cases[] = {
+    const struct {
+        std::string fen, moves, results;
+    } cases[] = {
         {startFen, "e2e4 d2d4", "2 1 2"},
         {fenAfter("e2e4"), "a7a6", "2 0 0"},
         {fenAfter("e2e4 a7a6 e4e5 d7d5"), "e5d6/75", "0 0 2"},
@@ -110,17 +116,20 @@ TEST_F(CtgBook, ManyPagesKeepEveryPositionOfTheOpenings) {
     ctgBook reader(path("book.ctg").c_str());
     std::map<std::string, std::pair<std::string, int>> passing;  // by encoding: a FEN and the games
     std::vector<std::string> warnings;
-    const int games = readBookGames(pgn, true, boardFrom(startFen), [&](const bookGame& game) {
-        for (const bookGamePly& ply : game.plies) {
-            ctgPosition position;
-            position.setup(ply.fen.c_str());
-            auto& seen = passing[std::string(reinterpret_cast<const char*>(position.encoding), position.length)];
-            seen = {ply.fen, seen.second + 1};
-            char move[6];
-            bookMoveText(ply.from, ply.to, ply.promotion, move);
-            EXPECT_NE(movesOf(reader, ply.fen.c_str()).find(move), std::string::npos) << ply.fen << " " << move;
-        }
-    }, warnings);
+    const int games = readBookGames(
+        pgn, true, boardFrom(startFen),
+        [&](const bookGame& game) {
+            for (const bookGamePly& ply : game.plies) {
+                ctgPosition position;
+                position.setup(ply.fen.c_str());
+                auto& seen = passing[std::string(reinterpret_cast<const char*>(position.encoding), position.length)];
+                seen = {ply.fen, seen.second + 1};
+                char move[6];
+                bookMoveText(ply.from, ply.to, ply.promotion, move);
+                EXPECT_NE(movesOf(reader, ply.fen.c_str()).find(move), std::string::npos) << ply.fen << " " << move;
+            }
+        },
+        warnings);
     EXPECT_EQ(games, 36);
     for (const auto& [encoding, seen] : passing) {
         int wins, draws, losses;
@@ -142,7 +151,10 @@ TEST_F(CtgBook, DamagedBooksAreReportedOnceAndHoldNothing) {
         bytes[at] = value;
         return bytes;
     };
-    const struct { const char* damage; std::string ctg, cto, ctb, message, startMoves; } cases[] = {
+    const struct {
+        const char* damage;
+        std::string ctg, cto, ctb, message, startMoves;
+    } cases[] = {
         {"no .ctg", "", cto, ctb, "Error reading cgt-file\n", "unreadable"},
         {"truncated .ctg", ctg.substr(0, 5000), cto, ctb, "Error reading cgt-file\n", "unreadable"},
         {"no .cto", ctg, "", ctb, "Error reading cto-file: " + path("book.cto") + "\n", "unreadable"},
@@ -168,7 +180,8 @@ TEST_F(CtgBook, DamagedBooksAreReportedOnceAndHoldNothing) {
 TEST_F(CtgBook, RandomlyDamagedBooksGiveOnlyLegalMoves) {
     writeCtg("e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 1-0\nd2d4 d7d5 c2c4 e7e6 0-1\nc2c4 e7e5 b1c3 g8f6 1/2-1/2\n");
     const std::string ctg = read("book.ctg"), cto = read("book.cto");
-    const std::string fens[] = {startFen, fenAfter("e2e4"), fenAfter("e2e4 e7e5 g1f3 b8c6"), fenAfter("d2d4 d7d5 c2c4")};
+    const std::string fens[] = {startFen, fenAfter("e2e4"), fenAfter("e2e4 e7e5 g1f3 b8c6"),
+                                fenAfter("d2d4 d7d5 c2c4")};
     std::mt19937 random(3);
     for (int trial = 0; trial < 300; trial++) {
         std::string damagedCtg = ctg, damagedCto = cto;
@@ -185,7 +198,8 @@ TEST_F(CtgBook, RandomlyDamagedBooksGiveOnlyLegalMoves) {
             reader.results(fen.c_str(), wins, draws, losses);
             if (!reader.moves(fen.c_str(), entries, maxBookMoves, count)) continue;
             for (int i = 0; i < count; i++)
-                EXPECT_NE(boardFrom(fen.c_str()).convertMovestringToInt(entries[i].move), 0) << trial << " " << entries[i].move;
+                EXPECT_NE(boardFrom(fen.c_str()).convertMovestringToInt(entries[i].move), 0)
+                    << trial << " " << entries[i].move;
         }
     }
 }

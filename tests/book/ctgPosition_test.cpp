@@ -18,7 +18,11 @@ std::string hex(const uint8_t* bytes, int count) {
 }
 
 TEST(CtgPosition, EncodingsAndHashesOfKnownPositions) {
-    const struct { const char* fen; const char* encoding; uint32_t hash; } cases[] = {
+    const struct {
+        const char* fen;
+        const char* encoding;
+        uint32_t hash;
+    } cases[] = {
         {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
          "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f", 0xeb7ed3d7},
         // Black to move: flipped; the en passant file is dropped, no pawn can take
@@ -46,7 +50,11 @@ TEST(CtgPosition, EncodingsAndHashesOfKnownPositions) {
 }
 
 TEST(CtgPosition, NormalisationFlipsMirrorsAndCleansRightsAndEnPassant) {
-    const struct { const char* fen; bool flipped, mirrored; int castling, enPassantFile; } cases[] = {
+    const struct {
+        const char* fen;
+        bool flipped, mirrored;
+        int castling, enPassantFile;
+    } cases[] = {
         {"8/8/8/4k3/8/8/8/2K5 w - - 0 1", false, true, 0, -1},
         {"8/8/8/4k3/8/8/8/2K5 b - - 0 1", true, false, 0, -1},
         // any right left, even the other side's, keeps the files as they are
@@ -81,11 +89,13 @@ TEST(CtgPosition, MoveTableCoversEveryStepOfEveryCodedPiece) {
     std::string missing;
     auto check = [&](char piece, int ordinal, int dx, int dy) {
         if (ctgPosition::moveByte(piece, ordinal, dx, dy) >= 0) covered++;
-        else missing += std::string(1, piece) + std::to_string(ordinal) + " " + std::to_string(dx) + " " +
-                        std::to_string(dy) + "; ";
+        else
+            missing += std::string(1, piece) + std::to_string(ordinal) + " " + std::to_string(dx) + " " +
+                       std::to_string(dy) + "; ";
     };
     for (int ordinal = 1; ordinal <= 8; ordinal++)
-        for (const auto& step : {std::pair{0, 1}, {0, 2}, {1, 1}, {-1, 1}}) check('P', ordinal, step.first, step.second);
+        for (const auto& step : {std::pair{0, 1}, {0, 2}, {1, 1}, {-1, 1}})
+            check('P', ordinal, step.first, step.second);
     for (int ordinal = 1; ordinal <= 2; ordinal++) {
         for (const auto& step : {std::pair{1, 2}, {2, 1}, {2, -1}, {1, -2}, {-1, -2}, {-2, -1}, {-2, 1}, {-1, 2}})
             check('N', ordinal, step.first, step.second);
@@ -100,7 +110,8 @@ TEST(CtgPosition, MoveTableCoversEveryStepOfEveryCodedPiece) {
             if (k != 4) check('Q', ordinal, -k, k);
         }
     }
-    for (const auto& step : {std::pair{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}, {2, 0}, {-2, 0}})
+    for (const auto& step :
+         {std::pair{1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}, {-1, -1}, {0, -1}, {1, -1}, {2, 0}, {-2, 0}})
         check('K', 1, step.first, step.second);
     EXPECT_EQ(covered, 166 - 4);
     EXPECT_EQ(missing, "N2 2 -1; R2 0 2; Q2 -3 3; Q2 7 0; ");
@@ -161,12 +172,13 @@ TEST(CtgPosition, LegalMovesComeBackFromTheirBytes) {
 TEST(CtgPosition, DoubtfulBytesTakeTheirFirstLegalReading) {
     ctgPosition position;
     ASSERT_TRUE(position.setup("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1"));
-    const struct { uint8_t code; const char* move; } cases[] = {
-        {0x03, "e5g4"},  // no second queen: the knight's unplaced step
-        {0xf1, "e5g4"},
-        {0xf2, "e1c1"},  // the second bishop's step is blocked: castling long
-        {0xf6, "e1c1"},
-        {0x6b, "e1g1"},
+    const struct {
+        uint8_t code;
+        const char* move;
+    } cases[] = {
+        {0x03, "e5g4"},                  // no second queen: the knight's unplaced step
+        {0xf1, "e5g4"}, {0xf2, "e1c1"},  // the second bishop's step is blocked: castling long
+        {0xf6, "e1c1"}, {0x6b, "e1g1"},
     };
     for (const auto& c : cases) {
         int from, to;

@@ -27,18 +27,28 @@ struct rawEntry {
 };
 
 std::string bookBytes(std::vector<rawEntry> entries) {
-    std::stable_sort(entries.begin(), entries.end(), [](const rawEntry& a, const rawEntry& b) { return a.key < b.key; });
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const rawEntry& a, const rawEntry& b) { return a.key < b.key; });
     std::string bytes;
     for (const rawEntry& entry : entries) {
         for (int shift = 56; shift >= 0; shift -= 8) bytes += static_cast<char>(entry.key >> shift);
-        bytes += {static_cast<char>(entry.move >> 8), static_cast<char>(entry.move), static_cast<char>(entry.weight >> 8),
-                  static_cast<char>(entry.weight), 0, 0, 0, 0};
+        bytes += {static_cast<char>(entry.move >> 8),
+                  static_cast<char>(entry.move),
+                  static_cast<char>(entry.weight >> 8),
+                  static_cast<char>(entry.weight),
+                  0,
+                  0,
+                  0,
+                  0};
     }
     return bytes;
 }
 
 TEST(PolyglotBook, KeysOfTheDocumentedPositions) {
-    const struct { const char* fen; uint64_t key; } cases[] = {
+    const struct {
+        const char* fen;
+        uint64_t key;
+    } cases[] = {
         {startFen, 0x463b96181691fc9c},
         {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", 0x823c9b50fd114196},
         {"rnbqkbnr/ppp1pppp/8/3p4/4P3/8/PPPP1PPP/RNBQKBNR w KQkq d6 0 2", 0x0756b94461c50fb0},
@@ -58,8 +68,7 @@ TEST_F(PolyglotFiles, DebianBookHoldsTheMainFirstMoves) {
     if (access(debianBook, R_OK) != 0) GTEST_SKIP() << debianBook << " is missing (Debian package gnuchess-book)";
     polyglotBook reader(debianBook);
     ASSERT_TRUE(reader.contains(startFen));
-    EXPECT_EQ(movesOf(reader, startFen),
-              "e2e4 d2d4 g1f3 c2c4 g2g3 b2b3 f2f4 b1c3 b2b4 e2e3 d2d3 g2g4 a2a3");
+    EXPECT_EQ(movesOf(reader, startFen), "e2e4 d2d4 g1f3 c2c4 g2g3 b2b3 f2f4 b1c3 b2b4 e2e3 d2d3 g2g4 a2a3");
     // Weights come back as the wins of the positions the moves lead to.
     EXPECT_EQ(resultsOf(reader, "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1"), "12135 0 0");
     EXPECT_EQ(resultsOf(reader, "rnbqkbnr/pppppppp/8/8/8/5N2/PPPPPPPP/RNBQKB1R b KQkq - 1 1"), "3745 0 0");
@@ -70,7 +79,8 @@ TEST_F(PolyglotFiles, DebianBookHoldsTheMainFirstMoves) {
 // moves, written as the king taking its rook, come back as king moves.
 TEST_F(PolyglotFiles, BookMadeByPolyglotReadsBack) {
     if (access("/usr/games/polyglot", X_OK) != 0) GTEST_SKIP() << "polyglot is missing (Debian package polyglot)";
-    const std::string command = "cd '" + directory.path + "' && /usr/games/polyglot make-book -pgn '" BOOK_DATA
+    const std::string command = "cd '" + directory.path +
+                                "' && /usr/games/polyglot make-book -pgn '" BOOK_DATA
                                 "/openings.pgn' -bin made.bin -min-game 1 > /dev/null 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0);
     polyglotBook reader(path("made.bin").c_str());
@@ -78,7 +88,8 @@ TEST_F(PolyglotFiles, BookMadeByPolyglotReadsBack) {
     EXPECT_EQ(resultsOf(reader, "rnbqkbnr/pppppppp/8/8/3P4/8/PPP1PPPP/RNBQKBNR b KQkq - 0 1"), "13 0 0");
     EXPECT_EQ(movesOf(reader, fenAfter("e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 b5a4 g8f6").c_str()), "e1g1");
     EXPECT_EQ(movesOf(reader, fenAfter("e2e4 c7c5 g1f3 d7d6 d2d4 c5d4 f3d4 g8f6 b1c3 g7g6 c1e3 f8g7 f2f3 e8g8 "
-                                       "d1d2 b8c6 f1c4 c8d7").c_str()),
+                                       "d1d2 b8c6 f1c4 c8d7")
+                                  .c_str()),
               "e1c1");
 }
 
@@ -111,8 +122,13 @@ TEST_F(PolyglotFiles, EntriesBecomeLegalMovesInFileOrder) {
 }
 
 TEST_F(PolyglotFiles, MissingOrDamagedFilesHoldNothingAndNeverCrash) {
-    const std::string entries = bookBytes({{keyOf(startFen), moveWord("e2e4"), 3}, {keyOf(startFen), moveWord("d2d4"), 2}});
-    const struct { const char* damage; bool present; std::string bytes, message, moves; } cases[] = {
+    const std::string entries =
+        bookBytes({{keyOf(startFen), moveWord("e2e4"), 3}, {keyOf(startFen), moveWord("d2d4"), 2}});
+    const struct {
+        const char* damage;
+        bool present;
+        std::string bytes, message, moves;
+    } cases[] = {
         {"missing", false, "", "Error reading bin-file: " + path("book.bin") + "\n", "unreadable"},
         {"empty", true, "", "", "unreadable"},
         {"partial last entry", true, entries.substr(0, 24), "", "e2e4"},

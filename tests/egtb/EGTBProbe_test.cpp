@@ -45,10 +45,17 @@ TEST(TablebaseScores, MeetTheSearchsMateScoresAndNothingBeyond) {
     // search acts on; the longest distances stay clear of the abort and
     // hash-miss values. Draws, and Syzygy wins the fifty-move rule spoils,
     // lean one centipawn away from the side to move.
-    const struct { int value, side, score; } gaviota[] = {
-        {32768 - 1, 1, 16000}, {32768 - 2, 1, 15998}, {32768 - 255, 1, 15492},
-        {-32766, -1, -16000},  {-32766 + 1, -1, -15998}, {-32766 + 255, -1, -15490},
-        {0, 1, -1},            {0, -1, 1},
+    const struct {
+        int value, side, score;
+    } gaviota[] = {
+        {32768 - 1, 1, 16000},
+        {32768 - 2, 1, 15998},
+        {32768 - 255, 1, 15492},
+        {-32766, -1, -16000},
+        {-32766 + 1, -1, -15998},
+        {-32766 + 255, -1, -15490},
+        {0, 1, -1},
+        {0, -1, 1},
     };
     for (const auto& c : gaviota) EXPECT_EQ(tablebaseScore(c.value, c.side), c.score) << c.value << " " << c.side;
     const int syzygy[5] = {-15000, -1, -1, -1, 15000};
@@ -147,15 +154,17 @@ TEST(TablebaseStartUp, LinesFromTheSearchProcessOnlyAndNoneWithoutTables) {
     };
     EXPECT_EQ(output(bothDirs.c_str(), 32, false, 4), "Egtbs initializated(4)\nEgtb cache size 32M\n");
     EXPECT_EQ(output(bothDirs.c_str(), 32, true, 4), "");
-    for (const char* path : {"", ":", "/nonexistent/tables", "d:\\chess\\egtb4\\"}) EXPECT_EQ(output(path, 64, false, 0), "");
+    for (const char* path : {"", ":", "/nonexistent/tables", "d:\\chess\\egtb4\\"})
+        EXPECT_EQ(output(path, 64, false, 0), "");
     EXPECT_EQ(output(bothDirs.c_str(), -1, false, 0), "Out of memory error\n");
 }
 
 TEST(TablebaseStartUp, FindsBothKindsAlongAPathListWithSpaces) {
     const scratchDirectory root;
     const std::string gaviota = root.file("gaviota tables"), syzygy = root.file("syzygy tables");
-    std::system(("mkdir '" + gaviota + "' '" + syzygy + "' && cp " + debianGaviota + "/k?k.gtb.cp4 '" + gaviota + "' && cp " +
-                 syzygyDir + "/K?vK.* '" + syzygy + "'").c_str());
+    std::system(("mkdir '" + gaviota + "' '" + syzygy + "' && cp " + debianGaviota + "/k?k.gtb.cp4 '" + gaviota +
+                 "' && cp " + syzygyDir + "/K?vK.* '" + syzygy + "'")
+                    .c_str());
     const EGTBProbe tables((":" + gaviota + "::" + syzygy + ":").c_str(), 8, true);
     EXPECT_EQ(tables.gaviota.pieces, 3);
     EXPECT_EQ(tables.syzygy.pieces, 3);
@@ -166,7 +175,8 @@ TEST(TablebaseStartUp, DamagedFilesAreReportedAndLeftOutWithoutACrash) {
     const scratchDirectory scratch;
     const std::string& dir = scratch.path;
     std::system(("cd " + debianGaviota + " && cp kqk.* krk.* kpk.* knk.* " + dir + " && cd " + syzygyDir +
-                 " && cp KQvK.* KPvK.* " + dir + " && chmod u+w " + dir + "/*").c_str());
+                 " && cp KQvK.* KPvK.* " + dir + " && chmod u+w " + dir + "/*")
+                    .c_str());
     // krk cut short, kpk and the KPvK distances with a garbled header (all
     // crash the libraries on a probe), knk cut where the library notices.
     truncate((dir + "/krk.gtb.cp4").c_str(), 40);
@@ -180,9 +190,10 @@ TEST(TablebaseStartUp, DamagedFilesAreReportedAndLeftOutWithoutACrash) {
     {
         const EGTBProbe tables(dir.c_str(), 8, false);
         const std::string out = testing::internal::GetCapturedStdout();
-        for (const std::string& line : {"*** Unable to read " + dir + "/knk.gtb.cp4 - file broken\n",
-                                       "*** " + dir + "/kpk.gtb.cp4 corrupted\n", "*** " + dir + "/krk.gtb.cp4 corrupted\n",
-                                       "*** " + dir + "/KPvK.rtbz corrupted\n", std::string("Egtbs initializated(3)\n")})
+        for (const std::string& line :
+             {"*** Unable to read " + dir + "/knk.gtb.cp4 - file broken\n", "*** " + dir + "/kpk.gtb.cp4 corrupted\n",
+              "*** " + dir + "/krk.gtb.cp4 corrupted\n", "*** " + dir + "/KPvK.rtbz corrupted\n",
+              std::string("Egtbs initializated(3)\n")})
             EXPECT_NE(out.find(line), std::string::npos) << line << out;
         // The sound table answers; a damaged Gaviota one leaves the position
         // to Syzygy, but not to its damaged distances; nothing answers the rest.

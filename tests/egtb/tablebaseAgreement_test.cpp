@@ -87,11 +87,13 @@ TEST(TablebaseAgreement, EveryGaviotaCompressionSchemeGivesTheSameScores) {
 TEST(TablebaseAgreement, GaviotaAndSyzygyGiveTheSameResults) {
     const EGTBProbe tables((gaviotaTables() + ":" + testTables("syzygy")).c_str(), 8, true);
     int found[3] = {};  // losses, draws, wins
-    for (const auto& [white, black] : {std::pair{"P", ""}, {"", "P"}, {"Q", ""}, {"R", ""}, {"B", ""}, {"", "N"}, {"B", "N"}, {"N", "B"}})
+    for (const auto& [white, black] :
+         {std::pair{"P", ""}, {"", "P"}, {"Q", ""}, {"R", ""}, {"B", ""}, {"", "N"}, {"B", "N"}, {"N", "B"}})
         for (const board& b : samples(white, black, 500)) {
             tablePosition p;
             int value = 0, wdl = 9;
-            ASSERT_TRUE(toTablePosition(b, p) && tables.gaviota.probe(p, value) && tables.syzygy.probeWdl(p, wdl)) << fenOf(b);
+            ASSERT_TRUE(toTablePosition(b, p) && tables.gaviota.probe(p, value) && tables.syzygy.probeWdl(p, wdl))
+                << fenOf(b);
             EXPECT_EQ(wdl, value > 0 ? 2 : (value < 0 ? -2 : 0)) << fenOf(b);
             found[wdl / 2 + 1]++;
         }

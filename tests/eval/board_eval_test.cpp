@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "../support/process.h"
 #include "../board/testBoard.h"
+#include "../support/process.h"
 #include "../support/sharedTable.h"
 #include "eval/evalHashtable.h"
 #include "eval/evalWeights.h"
@@ -110,7 +110,7 @@ TEST_F(EvalCache, CachedAndFreshScoresAgreeAndScaleByTheFiftyMoveClock) {
     EXPECT_EQ(b.evaluate(-32000, 32000), 64);  // from the cache
 
     board late = boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 51 60");  // the clock is not in the key
-    EXPECT_EQ(late.evaluate(-32000, 32000), 62);  // 64 * 49 / 50
+    EXPECT_EQ(late.evaluate(-32000, 32000), 62);                  // 64 * 49 / 50
     board::evalCache = nullptr;
     EXPECT_EQ(late.evaluate(-32000, 32000), 62);
     EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 100 60").evaluate(-32000, 32000), 0);
@@ -146,14 +146,21 @@ TEST_F(Eval, EachTermAlone) {
     const weights outpost = {{&outpostBonus, 9}, {&centralOutpostBonus, 8}};
     const weights bishopPawns = {
         {&bishopOwnPawnColourWeight, -7}, {&bishopSecondPawnColourWeight, -13}, {&bishopBlockedCentreWeight, -23}};
-    const weights danger = {{&kingDangerWeight, -29}, {&shelterDangerWeight, 50}, {&noQueenShift, 2},
-                            {&noRookShift1, 1}, {&noRookShift2, 3}};
+    const weights danger = {{&kingDangerWeight, -29},
+                            {&shelterDangerWeight, 50},
+                            {&noQueenShift, 2},
+                            {&noRookShift1, 1},
+                            {&noRookShift2, 3}};
     const weights kingPlace = {{&kingCentreWeight, 9}, {&kingPawnWingBonus, 14}};
     const weights passer = {{&passedRankQuadratic, 56}, {&passedRankLinear, -8}, {&passedBase, -56}};
     const weights unstoppable = {
         {&unstoppableBonus, 23}, {&unstoppableMinorFactor, 4}, {&unstoppablePawnsOnlyFactor, 24}};
     const weights candidate = {{&candidateWeight, 6}, {&candidateNoQueenFactor, 6}, {&candidateBareFactor, 6}};
-    const struct { const char* fen; weights set; int value; } cases[] = {
+    const struct {
+        const char* fen;
+        weights set;
+        int value;
+    } cases[] = {
         {"rnbqkbnr/pppppppp/8/8/8/5NP1/PPPPPPBP/RNBQ1RK1 w kq - 0 1", {{&uncastledPenalty, -2}}, 6},
         {"rnbqkbnr/pppppppp/8/8/8/5NP1/PPPPPPBP/RNBQ1RK1 w kq - 0 1", {{&developmentWeight, 5}}, -10},
         {"rnbqkbnr/pppppppp/3N4/8/8/3nn3/PPPPPPPP/RNBQKBNR w - - 0 1", {{&blockedCentrePawnPenalty, -12}}, -12},
@@ -198,9 +205,9 @@ TEST_F(Eval, EachTermAlone) {
     };
     for (const auto& c : cases) EXPECT_EQ(term(c.fen, c.set), c.value) << c.fen;
     EXPECT_EQ(boardFrom("6k1/5p1p/6p1/8/8/6P1/5P1P/6K1 w - - 0 1").calculatePStructW(1), 8);
-    EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/P1P5/1K6 w - - 0 1").calculatePStructW(6), 3);  // no b-pawn: halved
+    EXPECT_EQ(boardFrom("4k3/8/8/8/8/8/P1P5/1K6 w - - 0 1").calculatePStructW(6), 3);          // no b-pawn: halved
     EXPECT_TRUE(boardFrom("4k3/3p4/8/2n5/4N3/8/1P6/4K3 w - - 0 1").drivenAwayByPawn(37, -1));  // c5: b2-b4
-    EXPECT_FALSE(boardFrom("4k3/3p4/8/8/2P1N3/8/8/4K3 w - - 0 1").drivenAwayByPawn(27, 1));     // c4 guards d5
+    EXPECT_FALSE(boardFrom("4k3/3p4/8/8/2P1N3/8/8/4K3 w - - 0 1").drivenAwayByPawn(27, 1));    // c4 guards d5
 }
 
 TEST_F(Eval, BrokenPositionsReadNothingOutOfBounds) {

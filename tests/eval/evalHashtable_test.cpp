@@ -54,10 +54,14 @@ TEST_F(evalHashtableTest, StoresScoresAlwaysReplacesAndComparesTheUpper48KeyBits
 TEST_F(evalHashtableTest, SizeSettingChoosesTheEntryCountAndTheIndexIsTheKeyModuloIt) {
     const int fallback = evalHashtable::defaultEntryCount;
     expectSizeSettings<evalHashtable>(instance, {
-        {"pref:size-hashtable=1\n", 65536}, {"pref:size-hashtable=2.7\n", 2 * 65536},
-        {"pref:size-hashtable=3\n", 3 * 65536}, {"pref:size-hashtable=0\n", fallback},
-        {"pref:size-hashtable=-3\n", fallback}, {"pref:size-hashtable=8192\n", fallback}, {nullptr, fallback},
-    });
+                                                    {"pref:size-hashtable=1\n", 65536},
+                                                    {"pref:size-hashtable=2.7\n", 2 * 65536},
+                                                    {"pref:size-hashtable=3\n", 3 * 65536},
+                                                    {"pref:size-hashtable=0\n", fallback},
+                                                    {"pref:size-hashtable=-3\n", fallback},
+                                                    {"pref:size-hashtable=8192\n", fallback},
+                                                    {nullptr, fallback},
+                                                });
     EXPECT_EQ(evalHashtable::entriesForSize(8191), 8191 * 65536);
 }
 
@@ -65,20 +69,23 @@ TEST_F(evalHashtableTest, ProcessesShareTheTableByNameAndSetUpAndTeardownReport)
     auto parent = table();
     parent->store(keyA, -77);
     int status = -1;
-    inChild([&] {
-        evalHashtable child(instance.c_str(), 2, true);  // the creator's size wins
-        child.store(keyA + 1, 55);
-        _exit(child.entryCount == 65536 && child.probe(keyA) == -77 ? 0 : 1);
-    }, &status);
+    inChild(
+        [&] {
+            evalHashtable child(instance.c_str(), 2, true);  // the creator's size wins
+            child.store(keyA + 1, 55);
+            _exit(child.entryCount == 65536 && child.probe(keyA) == -77 ? 0 : 1);
+        },
+        &status);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(parent->probe(keyA + 1), 55);
 
     EXPECT_EQ(printed([&] {
-        evalHashtable broken("no/such/name", 1, false);  // not a valid object name
-        broken.store(0x1234, 10);                         // a table without mapping ignores everything
-        EXPECT_EQ(broken.probe(0x1234), miss);
-        broken.reset();
-    }), "ERROR! Could not create file mapping object sharedEvalHashtable.\n");
+                  evalHashtable broken("no/such/name", 1, false);  // not a valid object name
+                  broken.store(0x1234, 10);                        // a table without mapping ignores everything
+                  EXPECT_EQ(broken.probe(0x1234), miss);
+                  broken.reset();
+              }),
+              "ERROR! Could not create file mapping object sharedEvalHashtable.\n");
     EXPECT_EQ(printed([&] { parent.reset(); }),
               "unmapping sharedEvalHashtable....\nGetting rid of handle sharedEvalHashtable....\n");
 }

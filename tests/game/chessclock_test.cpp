@@ -40,10 +40,15 @@ TEST(Timer, GetMsNeverHasAZeroMillisecondPartAndMeasuresTheBudget) {
 }
 
 TEST(ChessClockAllocation, ProtocolExamplesCapsAndOddInput) {
-    const struct { int moves, base, increment, engineMs, budget; } cases[] = {  // engineMs 0: as set
-        {40, 300000, 0, 100000000, 15000 - 150},                // plenty left: twice the control's average
-        {0, 300000, 0, 0, 7500}, {0, 120000, 12000, 0, 15850},  // level 0 5 0 (no margin); level 0 2 12
-        {40, 2000000000, 0, 0, 50000000 - 150}, {0, 2000000000, 2000000000, 0, 2000000000 - 150},  // wide sums
+    const struct {
+        int moves, base, increment, engineMs, budget;
+    } cases[] = {
+        // engineMs 0: as set
+        {40, 300000, 0, 100000000, 15000 - 150},  // plenty left: twice the control's average
+        {0, 300000, 0, 0, 7500},
+        {0, 120000, 12000, 0, 15850},  // level 0 5 0 (no margin); level 0 2 12
+        {40, 2000000000, 0, 0, 50000000 - 150},
+        {0, 2000000000, 2000000000, 0, 2000000000 - 150},  // wide sums
     };
     for (const auto& c : cases) {
         chessclock clock = freshClock();
@@ -66,7 +71,10 @@ TEST(ChessClockAllocation, ProtocolExamplesCapsAndOddInput) {
 }
 
 TEST(ChessClockMoves, EachModeChargesAndRefillsTheClocksAsTheGamePlaysOut) {
-    const struct { int moves, base, increment, pairs, whiteMs, blackMs; const char* times; } cases[] = {
+    const struct {
+        int moves, base, increment, pairs, whiteMs, blackMs;
+        const char* times;
+    } cases[] = {
         {40, 300000, 0, 40, 10, 100, "596000/40 599600/40"},  // the control restarts with each side's 41st move
         {0, 300000, 0, 2, 3001, 2000, "298000/1 295998/1"},   // sudden death adds the old time added (1000) per move
         {0, 0, 5000, 2, 100, 4000, "2000/1 9800/1"},          // fixed time per move
@@ -116,16 +124,18 @@ TEST(ChessClockMoves, StartChargeAndStopTouchOnlyTheRunningSide) {
 
 TEST(ChessClockAllocation, TheBudgetIsWhatTheClockCanPay) {
     // moves, base, increment, the engine's time as reported (-1: none), budget with 50 ms overhead
-    const struct { int moves, base, increment, reportedMs, budget; } cases[] = {
-        {0, 0, 5000, -1, 4850},          // st 5: the formula fits
-        {40, 300000, 0, -1, 7350},       // level 40 5 0
-        {0, 120000, 12000, 3000, 2850},  // the formula fits the clock
-        {0, 0, 100, -1, 50},             // movetime 100: the margin would leave -50
-        {0, 2000, 50, -1, 116},          // 2 s + 0.05 s: a 30th plus the increment, not -34
-        {0, 2000, 50, 60, 10},           // and as the flag nears, what is left less the overhead
-        {0, 2000, 50, 30, 15},           // below the overhead: half of what is left
-        {0, 2000, 50, -400, 1},          // flagged already: never zero or below
-        {0, 0, 5000, 3000, 2950},        // movestogo with increment keeps the old control, the clock bounds it
+    const struct {
+        int moves, base, increment, reportedMs, budget;
+    } cases[] = {
+        {0, 0, 5000, -1, 4850},                // st 5: the formula fits
+        {40, 300000, 0, -1, 7350},             // level 40 5 0
+        {0, 120000, 12000, 3000, 2850},        // the formula fits the clock
+        {0, 0, 100, -1, 50},                   // movetime 100: the margin would leave -50
+        {0, 2000, 50, -1, 116},                // 2 s + 0.05 s: a 30th plus the increment, not -34
+        {0, 2000, 50, 60, 10},                 // and as the flag nears, what is left less the overhead
+        {0, 2000, 50, 30, 15},                 // below the overhead: half of what is left
+        {0, 2000, 50, -400, 1},                // flagged already: never zero or below
+        {0, 0, 5000, 3000, 2950},              // movestogo with increment keeps the old control, the clock bounds it
         {0, 0, 99999999, -1, 99999999 - 150},  // infinite
     };
     for (const auto& c : cases) {
@@ -133,7 +143,8 @@ TEST(ChessClockAllocation, TheBudgetIsWhatTheClockCanPay) {
         clock.setClock(0, 0, 5000, 0);
         clock.setClock(c.moves, c.base, c.increment, 10);
         if (c.reportedMs != -1) clock.setTimeBlack(c.reportedMs);
-        EXPECT_EQ(clock.moveBudget(50), c.budget) << c.moves << " " << c.base << " " << c.increment << " " << c.reportedMs;
+        EXPECT_EQ(clock.moveBudget(50), c.budget)
+            << c.moves << " " << c.base << " " << c.increment << " " << c.reportedMs;
     }
     // A new control forgets the reported times; moves with an increment is no new control.
     chessclock clock = freshClock();

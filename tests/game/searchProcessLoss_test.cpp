@@ -22,7 +22,13 @@ using SearchProcessLoss = ProtocolSession;
 // A killed search process never leaves the engine hanging: it says so in
 // the protocol's words and exits, leaving nothing behind (checked on tear-down).
 TEST_F(SearchProcessLoss, TheEngineSaysSoAndExits) {
-    const struct { const char* start; const char* ready; const char* search; const char* searching; const char* message; } cases[] = {
+    const struct {
+        const char* start;
+        const char* ready;
+        const char* search;
+        const char* searching;
+        const char* message;
+    } cases[] = {
         {"uci\nisready\n", "readyok\n", "position startpos\ngo infinite\n", "info depth 3 ",
          "info string The search process has stopped working"},
         {"xboard\nprotover 2\n", "feature done=1\n", "force\nhard\nanalyze\n", "\n 3  ",

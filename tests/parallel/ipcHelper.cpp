@@ -9,14 +9,14 @@
 #include <iostream>
 #include <string>
 
+#include "eval/evalHashtable.h"
+#include "parallel/searchProcess.h"
+#include "parallel/sharedData.h"
 #include "platform/instance.h"
 #include "platform/mutex.h"
 #include "platform/namedEvent.h"
-#include "eval/evalHashtable.h"
 #include "platform/processLauncher.h"
-#include "parallel/searchProcess.h"
 #include "search/hashtable.h"
-#include "parallel/sharedData.h"
 
 static void openStartEvent(namedEvent& event, bool openInstead) {
     char name[160];
@@ -53,8 +53,7 @@ static int engineProcess(int roles) {
     printf("ready %s\n", instanceName());
     fflush(stdout);
     std::string line;
-    while (std::getline(std::cin, line) && line != "quit") {
-    }
+    while (std::getline(std::cin, line) && line != "quit") {}
     shared.data->runFlag = 0;
     for (int i = 0; i < roles; i++) start.set();
     return 0;

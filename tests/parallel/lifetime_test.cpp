@@ -59,7 +59,7 @@ TEST(Lifetime, NormalExitLeavesNothing) {
     const std::string tag = std::to_string(run.pid);
     EXPECT_EQ(readLine(run.output), "ready Talvin_v8.05_x64(" + tag + ")");
     EXPECT_EQ(shmNamesWith("Talvin_v8.05_x64(" + tag + ")"), 0);  // names go once every process has opened them
-    EXPECT_EQ(processesOf(tag), 5);  // engine, watcher, three roles
+    EXPECT_EQ(processesOf(tag), 5);                               // engine, watcher, three roles
     ASSERT_EQ(write(run.input, "quit\n", 5), 5);
     int status = 0;
     waitpid(run.pid, &status, 0);

@@ -69,7 +69,7 @@ using ParallelSearch = ProtocolSession;
 TEST_F(ParallelSearch, TwoProcessesFindTheSameMovesAsOne) {
     const char* positions[] = {
         "2rr3k/pp3pp1/1nnqbN1p/3pN3/2pP4/2P3Q1/PPB4P/R4RK1 w - - 0 1",  // Qg6
-        "5rk1/1ppb3p/p1pb4/6q1/3P1p1r/2P1R2P/PP1BQ1P1/5RKN w - - 0 1",   // Rg3
+        "5rk1/1ppb3p/p1pb4/6q1/3P1p1r/2P1R2P/PP1BQ1P1/5RKN w - - 0 1",  // Rg3
         "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N1PN2/PP3PPP/R2QKB1R w KQ - 0 9",
     };
     for (const char* fen : positions) {

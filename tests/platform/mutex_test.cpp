@@ -9,9 +9,9 @@
 #include <thread>
 
 #include "../support/process.h"
+#include "parallel/sharedData.h"
 #include "platform/mutex.h"
 #include "platform/namedEvent.h"
-#include "parallel/sharedData.h"
 
 namespace {
 

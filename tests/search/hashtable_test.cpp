@@ -31,12 +31,18 @@ TEST_F(hashtableTest, ProbeNeedsKeyAndDepthBoundsCutFailHardAndTheLayoutIsShared
     t->recordHash(keyA, 5, 0, -123, exact, 0x1234);
     t->recordHash(keyA + 1, 4, 0, 30, upper, 0);
     t->recordHash(keyA + 2, 4, 0, 30, lower, 0);
-    const struct { uint64_t key; int depth, alpha, beta, expected; } cases[] = {
-        {keyA, 5, -100, 100, -123}, {keyA, 2, -100, 100, -123}, {keyA, 6, -100, 100, miss},
-        {keyA + slots, 0, -100, 100, miss}, {keyA + 3, 0, -100, 100, miss},  // other key in the slot; empty slot
-        {keyA + 1, 4, 50, 60, 50}, {keyA + 1, 4, 30, 60, 30}, {keyA + 1, 4, 20, 60, miss}, {keyA + 1, 5, 50, 60, miss},
-        {keyA + 2, 4, 0, 20, 20}, {keyA + 2, 4, 0, 30, 30}, {keyA + 2, 4, 0, 40, miss},
-        {0, 0, 10, 20, 10}, {0, 0, -10, 20, miss}, {0, 1, 10, 20, miss},  // a zero entry: key 0, upper bound 0
+    const struct {
+        uint64_t key;
+        int depth, alpha, beta, expected;
+    } cases[] = {
+        {keyA, 5, -100, 100, -123},     {keyA, 2, -100, 100, -123},
+        {keyA, 6, -100, 100, miss},     {keyA + slots, 0, -100, 100, miss},
+        {keyA + 3, 0, -100, 100, miss},  // other key in the slot; empty slot
+        {keyA + 1, 4, 50, 60, 50},      {keyA + 1, 4, 30, 60, 30},
+        {keyA + 1, 4, 20, 60, miss},    {keyA + 1, 5, 50, 60, miss},
+        {keyA + 2, 4, 0, 20, 20},       {keyA + 2, 4, 0, 30, 30},
+        {keyA + 2, 4, 0, 40, miss},     {0, 0, 10, 20, 10},
+        {0, 0, -10, 20, miss},          {0, 1, 10, 20, miss},  // a zero entry: key 0, upper bound 0
     };
     for (const auto& c : cases)
         EXPECT_EQ(t->probeHash(c.key, c.depth, c.alpha, c.beta), c.expected) << c.key % 8 << " @" << c.depth;
@@ -61,7 +67,11 @@ TEST_F(hashtableTest, DeeperResultsOfTheSameSearchOwnTheSlotAndMoveZeroErasesNoM
     auto t = table();
     const uint64_t other = keyA + slots;  // same slot, another position
     const uint64_t first = pack(0x111, 8, 10, 100, exact);
-    const struct { uint64_t key; int depth, age, score, bound, move; uint64_t owner, data; } steps[] = {
+    const struct {
+        uint64_t key;
+        int depth, age, score, bound, move;
+        uint64_t owner, data;
+    } steps[] = {
         {keyA, 8, 10, 100, exact, 0x111, keyA, first},
         {keyA, 5, 10, 50, exact, 0x222, keyA, first},   // same search, shallower: not even the move
         {keyA, 5, 74, 50, exact, 0x222, keyA, first},   // ply 74 is the same search number
@@ -80,8 +90,12 @@ TEST_F(hashtableTest, DeeperResultsOfTheSameSearchOwnTheSlotAndMoveZeroErasesNoM
 }
 
 TEST_F(hashtableTest, AtEqualDepthOnlyANewerBoundOrEntryReplacesABound) {
-    const struct { int storedBound, newBound, newScore; bool overwritten; } steps[] = {  // stored score 30
-        {upper, upper, 40, false}, {upper, upper, 30, false}, {upper, upper, 20, true}, {upper, lower, 40, true},
+    const struct {
+        int storedBound, newBound, newScore;
+        bool overwritten;
+    } steps[] = {
+        // stored score 30
+        {upper, upper, 40, false}, {upper, upper, 30, false}, {upper, upper, 20, true},  {upper, lower, 40, true},
         {upper, exact, 40, true},  {lower, lower, 20, false}, {lower, lower, 30, false}, {lower, lower, 40, true},
         {lower, upper, 10, true},  {lower, exact, 10, true},  {exact, exact, 40, false}, {exact, upper, 10, false},
         {exact, lower, 90, false},
@@ -91,21 +105,26 @@ TEST_F(hashtableTest, AtEqualDepthOnlyANewerBoundOrEntryReplacesABound) {
     for (const auto& s : steps) {
         t->recordHash(key += 17, 6, 3, 30, s.storedBound, 0x100);
         t->recordHash(key, 6, 4, s.newScore, s.newBound, 0x200);  // a later search, so a replacement shows
-        EXPECT_EQ(t->probeBestMove(key), s.overwritten ? pack(0x200, 6, 4, s.newScore, s.newBound)
-                                                       : pack(0x200, 6, 3, 30, s.storedBound))
+        EXPECT_EQ(t->probeBestMove(key),
+                  s.overwritten ? pack(0x200, 6, 4, s.newScore, s.newBound) : pack(0x200, 6, 3, 30, s.storedBound))
             << "stored bound " << s.storedBound << ", new " << s.newBound << "/" << s.newScore;
     }
 }
 
 TEST_F(hashtableTest, SizeSettingChoosesTheEntryCountAndTheIndexIsTheKeyModuloIt) {
     const int fallback = hashtable::defaultEntryCount;
-    expectSizeSettings<hashtable>(instance, {
-        {"pref:size-hashtable=64   (in MB)\n", 0x400000}, {"pref:size-hashtable=32\n", 2097152},
-        {"pref:size-hashtable=3.9\n", 3 * 65536},  // truncated, and no power of two
-        {"pref:size-hashtable=0\n", fallback}, {"pref:size-hashtable=-8\n", fallback},
-        {"pref:size-hashtable=4096\n", fallback}, {"pref:size-hashtable=junk\n", fallback},
-        {"pref:other=5\n", fallback}, {nullptr, fallback},
-    });
+    expectSizeSettings<hashtable>(instance,
+                                  {
+                                      {"pref:size-hashtable=64   (in MB)\n", 0x400000},
+                                      {"pref:size-hashtable=32\n", 2097152},
+                                      {"pref:size-hashtable=3.9\n", 3 * 65536},  // truncated, and no power of two
+                                      {"pref:size-hashtable=0\n", fallback},
+                                      {"pref:size-hashtable=-8\n", fallback},
+                                      {"pref:size-hashtable=4096\n", fallback},
+                                      {"pref:size-hashtable=junk\n", fallback},
+                                      {"pref:other=5\n", fallback},
+                                      {nullptr, fallback},
+                                  });
     EXPECT_EQ(hashtable::entriesForSize(4095), 4095 * 65536);
 }
 
@@ -115,24 +134,27 @@ TEST_F(hashtableTest, ProcessesShareTheTableByNameAndSetUpAndTeardownReport) {
     const uint64_t lastSlot = keyA | 0xFFFF;
     parent->recordHash(lastSlot, 3, 0, 9, exact, 0x99);
     int status = -1;
-    inChild([&] {
-        hashtable child(instance.c_str(), 2, true);  // the creator's size wins
-        child.recordHash(keyA + 2, 2, 0, 17, lower, 0x456);
-        _exit(child.ready && child.entryCount == 65536 ? 0 : 1);
-    }, &status);
+    inChild(
+        [&] {
+            hashtable child(instance.c_str(), 2, true);  // the creator's size wins
+            child.recordHash(keyA + 2, 2, 0, 17, lower, 0x456);
+            _exit(child.ready && child.entryCount == 65536 ? 0 : 1);
+        },
+        &status);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(parent->probeBestMove(lastSlot), 0u);  // opening clears the whole table
     EXPECT_EQ(parent->probeBestMove(keyA + 2), pack(0x456, 2, 0, 17, lower));
 
     // A table without mapping ignores everything.
     EXPECT_EQ(printed([&] {
-        hashtable broken("no/such/name", 1, false);  // not a valid object name
-        EXPECT_FALSE(broken.ready);
-        broken.recordHash(0, 5, 0, 10, exact, 0x77);
-        EXPECT_EQ(broken.probeHash(0, 0, 10, 20), miss);
-        EXPECT_EQ(broken.probeBestMove(0), 0u);
-        broken.reset();
-    }), "ERROR! Could not create file mapping object sharedHashtable.\n");
+                  hashtable broken("no/such/name", 1, false);  // not a valid object name
+                  EXPECT_FALSE(broken.ready);
+                  broken.recordHash(0, 5, 0, 10, exact, 0x77);
+                  EXPECT_EQ(broken.probeHash(0, 0, 10, 20), miss);
+                  EXPECT_EQ(broken.probeBestMove(0), 0u);
+                  broken.reset();
+              }),
+              "ERROR! Could not create file mapping object sharedHashtable.\n");
     EXPECT_EQ(printed([&] { parent.reset(); }),
               "unmapping sharedHashtable....\nGetting rid of handle sharedHashtable....\n");
 }

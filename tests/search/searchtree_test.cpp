@@ -38,9 +38,9 @@ protected:
 }  // namespace
 
 TEST_F(Search, MatesInOneTwoAndThreeScoreAsMate) {
-    const std::pair<const char*, const char*> mates[] = {
-        {"3k4/8/3K4/8/8/8/8/6R1 w - - 0 1", "g1g8"}, {"1k6/8/2K5/8/8/8/8/7R w - - 0 1", nullptr},
-        {"8/8/8/8/8/2K5/8/k6R w - - 0 1", nullptr}};  // in 1, 2 and 3
+    const std::pair<const char*, const char*> mates[] = {{"3k4/8/3K4/8/8/8/8/6R1 w - - 0 1", "g1g8"},
+                                                         {"1k6/8/2K5/8/8/8/8/7R w - - 0 1", nullptr},
+                                                         {"8/8/8/8/8/2K5/8/k6R w - - 0 1", nullptr}};  // in 1, 2 and 3
     for (const auto& [fen, move] : mates) {
         localSearch::result r;
         search(fen, 10, 100000, r);

@@ -57,10 +57,8 @@ TEST_F(Races, XboardAnalysisAndNewGamesRightBehindTheSearchStart) {
     for (int round = 0; round < 150; round++) {
         const std::string ping = "ping " + std::to_string(round) + "\n";
         const size_t from = engine->output.size();
-        if (round % 2)
-            sendRacing(*engine, "new\nforce\nanalyze\ne2e4\n" + ping, random);
-        else
-            sendRacing(*engine, "new\nst 1\ngo\nnew\nforce\n" + ping, random);
+        if (round % 2) sendRacing(*engine, "new\nforce\nanalyze\ne2e4\n" + ping, random);
+        else sendRacing(*engine, "new\nst 1\ngo\nnew\nforce\n" + ping, random);
         ASSERT_TRUE(engine->waitFor("pong " + std::to_string(round) + "\n", 10000, from)) << "round " << round;
         engine->send("exit\n");
     }

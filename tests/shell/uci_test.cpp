@@ -10,8 +10,8 @@ void expectOnlyUciLines(const std::string& output) {
     ASSERT_NE(from, std::string::npos);
     std::istringstream lines(output.substr(from));
     for (std::string line; std::getline(lines, line);) {
-        const bool uci = line == "uciok" || line == "readyok" || line.rfind("info ", 0) == 0 ||
-                         line.rfind("bestmove ", 0) == 0;
+        const bool uci =
+            line == "uciok" || line == "readyok" || line.rfind("info ", 0) == 0 || line.rfind("bestmove ", 0) == 0;
         EXPECT_TRUE(uci) << "not a UCI line: [" << line << "]";
     }
 }
@@ -136,7 +136,8 @@ TEST_F(UciSession, EveryNamedLimitHoldsAloneAndWithAClock) {
     EXPECT_EQ(lastSearch(engine->output).find("info depth 5 "), std::string::npos);
     // Times the clock can pay: a movetime below the margin, a control kept with an increment.
     // (The control kept is the 5000 ms a move the UCI loop starts with.)
-    expectReply("position startpos\ngo wtime 3000 btime 3000 movestogo 20 winc 1000 binc 1000\n", "time next move: 2950 ms");
+    expectReply("position startpos\ngo wtime 3000 btime 3000 movestogo 20 winc 1000 binc 1000\n",
+                "time next move: 2950 ms");
     ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
     expectReply("go movetime 100\n", "time next move: 50 ms");
     ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));

@@ -23,7 +23,8 @@ TEST_F(XboardSession, TimeControlsDecideTheTimeForTheNextMoveAndDepthLimitsEndTh
     expectReply("level 0 2:30 1\n", "moves=0 starttime=150000 inc=1000\n");
     // Sudden death: a 40th of what the engine's clock shows ("time" is in
     // centiseconds); after "new" the engine plays black.
-    expectReply("new\nlevel 0 5 0\nforce\ne2e4\ntime 6000\npost\ngo\n", "===========time next move: 1500 ms===========\n");
+    expectReply("new\nlevel 0 5 0\nforce\ne2e4\ntime 6000\npost\ngo\n",
+                "===========time next move: 1500 ms===========\n");
     expectReply("force\nst 2\ngo\n", "===========time next move: 1850 ms===========\n");
     // A depth limit: iterations count from 1 and the limit is reached after iteration 4.
     const size_t from = engine->output.size();
@@ -60,7 +61,8 @@ TEST_F(XboardSession, RefusedPositionsCastlingRightsRemoveAnalyzeHintAndNewDurin
     const char* illegal[] = {"8/8/8/8/8/8/8/8 w - - 0 1", "4k3/4R3/8/8/8/8/8/4K3 w - - 0 1",
                              "4k2P/8/8/8/8/8/8/4K3 w - - 0 1", "4k3/8/8/8/8/8/8/3KK3 w - - 0 1",
                              "4k3/8/8/8/PPPPPPPP/P7/8/4K3 w - - 0 1"};
-    for (const char* fen : illegal) expectReply(std::string("setboard ") + fen + "\n", "tellusererror Illegal position\n");
+    for (const char* fen : illegal)
+        expectReply(std::string("setboard ") + fen + "\n", "tellusererror Illegal position\n");
     // The previous position stands.
     expectReply("e1f1\n", "4k3/8/8/8/8/8/8/5K1R b - - 1 ");
     // remove takes back two plies.

@@ -9,7 +9,6 @@
 
 #include "settings/settingsFile.h"  // settingsFileName
 
-
 // A fresh directory under /tmp, removed with all it holds when the test ends.
 class scratchDirectory {
 public:
@@ -40,7 +39,9 @@ private:
 // files there; other tests running beside this one never see them.
 class workingDirectory {
 public:
-    explicit workingDirectory(const std::string& path) : home(getcwd(nullptr, 0)) { changed = chdir(path.c_str()) == 0; }
+    explicit workingDirectory(const std::string& path) : home(getcwd(nullptr, 0)) {
+        changed = chdir(path.c_str()) == 0;
+    }
     workingDirectory(const workingDirectory&) = delete;
     ~workingDirectory() {
         if (changed && chdir(home) != 0) std::abort();

@@ -38,7 +38,13 @@ TEST(EpdRecord, ReadsTheWaysSuitesWriteMoves) {
     // Check mark apart from its move, a misplaced capture mark, a SAN that
     // fits two knights, clocks run into the en-passant field, an "e.p."
     // apart from its move, a quoted semicolon, hmvc and fmvn.
-    const struct { const char* line; const char* best; const char* avoid; const char* fen; const char* id; } cases[] = {
+    const struct {
+        const char* line;
+        const char* best;
+        const char* avoid;
+        const char* fen;
+        const char* id;
+    } cases[] = {
         {"1k1r4/pp1b1R2/3q2pp/4p3/2B5/4Q3/PPP2B2/2K5 b - - ; bm Qd1 + ; id BK.01", "d6d1", "",
          "1k1r4/pp1b1R2/3q2pp/4p3/2B5/4Q3/PPP2B2/2K5 b - - 0 1", "BK.01"},
         {"rnbq1rk1/pppp1ppp/4pn2/8/1bPP4/P1N5/1PQ1PPPP/R1B1KBNR b KQ - 1 5 ; bm Bcx3 + ", "b4c3", "",
@@ -71,12 +77,12 @@ TEST(EpdRecord, MalformedLinesAreRefusedWithTheReason) {
     const std::pair<const char*, const char*> cases[] = {
         {"", "fewer than four position fields"},
         {"garbage line here", "fewer than four position fields"},
-        {"4k3/8/8/8/8/8/8/4K4 w - - bm Kd1;", "not a position"},      // nine files
-        {"4k3/8/8/8/8/8/8/4Q3 w - - bm Qd1;", "not a position"},      // no White king
+        {"4k3/8/8/8/8/8/8/4K4 w - - bm Kd1;", "not a position"},  // nine files
+        {"4k3/8/8/8/8/8/8/4Q3 w - - bm Qd1;", "not a position"},  // no White king
         {"4k3/8/8/8/8/8/8/4K3 x - - bm Kd1;", "not a position"},
         {"4k3/8/8/8/8/8/8/4K3 w KX - bm Kd1;", "not a position"},
         {"4k3/8/8/8/8/8/8/4K3 w - e4 bm Kd1;", "not a position"},
-        {"4k3/8/8/8/8/8/8/4K2R b - - bm Kd8;", ""},                  // legal: only the side to move is in check
+        {"4k3/8/8/8/8/8/8/4K2R b - - bm Kd8;", ""},  // legal: only the side to move is in check
         {"4k3/8/8/8/8/8/8/4K2R w - - bm Kd1;", ""},
         {"4k2R/8/8/8/8/8/8/4K3 w - - bm Kd1;", "the side not to move is in check"},
         {"4k3/8/8/8/8/8/8/4K3 w - - bm Ke3;", "bm Ke3 is not a legal move here"},
@@ -99,7 +105,8 @@ TEST(EpdRecord, CommonSuitesLoadWithoutARejectedPosition) {
         for (std::string line; std::getline(file, line);) {
             if (line.find_first_not_of(" \r") == std::string::npos) continue;
             const parsed p = parse(line);
-            EXPECT_TRUE(p.ok && !(p.record.bestMoves.empty() && p.record.avoidMoves.empty())) << line << ": " << p.error;
+            EXPECT_TRUE(p.ok && !(p.record.bestMoves.empty() && p.record.avoidMoves.empty()))
+                << line << ": " << p.error;
             count++;
         }
         EXPECT_EQ(count, std::string(name) == "wac-1-150.epd" ? 150 : std::string(name) == "kaufman.epd" ? 25 : 24);

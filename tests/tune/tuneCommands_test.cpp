@@ -55,8 +55,9 @@ TEST_F(TuneSession, BenchepdReportsEveryPositionAndWritesTheMissedOnes) {
     EXPECT_NE(out.find("Error (epd line 2): not a position: this is no position\n"), std::string::npos);
     EXPECT_NE(out.find("#3: expected bm Rd2; played Rd8#; not solved; "), std::string::npos);
     EXPECT_NE(out.find("#4: expected am Rd8#; played Rd8#; not solved; "), std::string::npos);
-    EXPECT_EQ(file("!output_incorrect.epd"), "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - bm Rd2;\n"
-                                             "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - am Rd8#;\n");
+    EXPECT_EQ(file("!output_incorrect.epd"),
+              "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - bm Rd2;\n"
+              "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - - am Rd8#;\n");
     quit();
 }
 
@@ -76,8 +77,9 @@ TEST_F(TuneSession, AFaultyWeightsFileIsReportedAndTheBuiltInWeightsStay) {
     for (const char* line : {"developmentWeight=0", "uncastledPenalty=-2"}) weights += std::string(line) + "\n";
     std::ofstream(directory + "/short.txt") << weights;
     start("pref:weights-file=short.txt\n");
-    expectReply("xboard\n", "Error (weights file): short.txt no value for blockedCentrePawnPenalty; the built-in "
-                            "weights stay\n");
+    expectReply("xboard\n",
+                "Error (weights file): short.txt no value for blockedCentrePawnPenalty; the built-in "
+                "weights stay\n");
     expectReply("setboard 4k3/8/8/8/8/8/8/2BBK3 w - - 0 1\n", "eval=");
     EXPECT_EQ(engine->output.find("eval=5"), std::string::npos);
     quit();

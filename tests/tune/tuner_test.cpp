@@ -1,5 +1,5 @@
-#include "../support/process.h"
 #include "tune/tuner.h"
+#include "../support/process.h"
 
 #include <gtest/gtest.h>
 
@@ -165,7 +165,8 @@ TEST_F(Tuning, WeightsFilesRoundTripAndFaultyOnesChangeNothing) {
         {full + "developmentWeight=3\n", "line 81 is not a new weight and its value"},
         {"frobnication=3\n" + full, "line 1 is not a new weight and its value"},
         {"developmentWeight=7x\n" + full.substr(full.find('\n') + 1), "line 1 is not a new weight and its value"},
-        {"developmentWeight=99999999999\n" + full.substr(full.find('\n') + 1), "line 1 is not a new weight and its value"},
+        {"developmentWeight=99999999999\n" + full.substr(full.find('\n') + 1),
+         "line 1 is not a new weight and its value"},
     };
     for (const auto& [text, reason] : faulty) {
         std::ofstream("bad.txt") << text;

@@ -34,23 +34,27 @@ constexpr int exitBoundMs = 15000;
 std::mt19937 rng;
 int pick(int n) { return static_cast<int>(rng() % n); }
 template <class T, size_t n>
-const T& pick(const T (&items)[n]) { return items[pick(n)]; }
+const T& pick(const T (&items)[n]) {
+    return items[pick(n)];
+}
 
 const char* const fens[] = {
     "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1",
     "r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N1PN2/PP3PPP/R2QKB1R w KQ - 0 9",
-    "7k/8/6K1/8/8/8/8/R7 w - - 0 1",       // mate in one
-    "7k/P7/8/8/8/8/8/K7 w - - 0 1",        // promotion
-    "k7/8/8/8/8/8/8/K7 b - - 99 80",       // bare kings, fifty-move count
+    "7k/8/6K1/8/8/8/8/R7 w - - 0 1",      // mate in one
+    "7k/P7/8/8/8/8/8/K7 w - - 0 1",       // promotion
+    "k7/8/8/8/8/8/8/K7 b - - 99 80",      // bare kings, fifty-move count
     "4k3/8/8/8/8/8/8/4K2R w KQkq - 0 1",  // rights without rooks
-    "8/8/8/8/8/8/8/8 w - - 0 1",           // no kings
-    "4k3/4R3/8/8/8/8/8/4K3 w - - 0 1",     // side not to move in check
-    "PPPPPPPP/8/8/8/8/8/8/pppppppp w",     // pawns on the back ranks
+    "8/8/8/8/8/8/8/8 w - - 0 1",          // no kings
+    "4k3/4R3/8/8/8/8/8/4K3 w - - 0 1",    // side not to move in check
+    "PPPPPPPP/8/8/8/8/8/8/pppppppp w",    // pawns on the back ranks
     "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1",
-    "x/y/z", "", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq z9 -5 -1",
+    "x/y/z",
+    "",
+    "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq z9 -5 -1",
 };
-const char* const moves[] = {"e2e4", "e7e5", "g1f3", "b8c6", "d2d4", "e1g1", "e7e8q", "a7a8N", "a2a1", "h7h8",
-                             "e2e5", "e1c1", "d7d5", "c2c4", "a1a8", "zz", "e2", "e2e4e5e6"};
+const char* const moves[] = {"e2e4", "e7e5", "g1f3", "b8c6", "d2d4", "e1g1", "e7e8q", "a7a8N", "a2a1",
+                             "h7h8", "e2e5", "e1c1", "d7d5", "c2c4", "a1a8", "zz",    "e2",    "e2e4e5e6"};
 
 std::string garbage() {
     std::string text;
@@ -69,50 +73,57 @@ std::string moveList() {
 
 std::string xboardCommand() {
     switch (pick(26)) {
-        case 0: return "new";
-        case 1: return "force";
-        case 2: return "go";
-        case 3: return "?";
-        case 4: return "analyze";
-        case 5: return "exit";
-        case 6: return "undo";
-        case 7: return "remove";
-        case 8: return pick(2) ? "hard" : "easy";
-        case 9: return pick(2) ? "post" : "nopost";
-        case 10: return "hint";
-        case 11: return ".";
-        case 12: return pick(2) ? "white" : "black";
-        case 13: return "playother";
-        case 14: return "sd " + std::to_string(pick(12));
-        case 15: return "st " + std::to_string(pick(3));
-        case 16: return pick(2) ? "level 40 0:05 0" : pick(2) ? "level 0 0:02 0.05" : "level 40 5 2";
-        case 17: return (pick(2) ? "time " : "otim ") + std::to_string(pick(3000) - 100);
-        case 18: return std::string("setboard ") + pick(fens);
-        case 19: case 20: case 21: return pick(moves);
-        case 22: return "result 1-0 {done}";
-        case 23: return pick(2) ? "protover 2" : "accepted setboard";
-        default: return garbage();
+    case 0: return "new";
+    case 1: return "force";
+    case 2: return "go";
+    case 3: return "?";
+    case 4: return "analyze";
+    case 5: return "exit";
+    case 6: return "undo";
+    case 7: return "remove";
+    case 8: return pick(2) ? "hard" : "easy";
+    case 9: return pick(2) ? "post" : "nopost";
+    case 10: return "hint";
+    case 11: return ".";
+    case 12: return pick(2) ? "white" : "black";
+    case 13: return "playother";
+    case 14: return "sd " + std::to_string(pick(12));
+    case 15: return "st " + std::to_string(pick(3));
+    case 16: return pick(2) ? "level 40 0:05 0" : pick(2) ? "level 0 0:02 0.05" : "level 40 5 2";
+    case 17: return (pick(2) ? "time " : "otim ") + std::to_string(pick(3000) - 100);
+    case 18: return std::string("setboard ") + pick(fens);
+    case 19:
+    case 20:
+    case 21: return pick(moves);
+    case 22: return "result 1-0 {done}";
+    case 23: return pick(2) ? "protover 2" : "accepted setboard";
+    default: return garbage();
     }
 }
 
 std::string uciCommand() {
     switch (pick(20)) {
-        case 0: return "ucinewgame";
-        case 1: case 2: return "position startpos moves" + moveList();
-        case 3: return std::string("position fen ") + pick(fens) + (pick(2) ? " moves" + moveList() : "");
-        case 4: return "go movetime " + std::to_string(pick(300));
-        case 5: return "go depth " + std::to_string(pick(7));
-        case 6: return "go nodes " + std::to_string(pick(50000));
-        case 7: return "go mate " + std::to_string(pick(4));
-        case 8: return "go infinite";
-        case 9: return "go ponder wtime " + std::to_string(pick(3000)) + " btime " + std::to_string(pick(3000));
-        case 10: return "go wtime " + std::to_string(pick(5000) - 50) + " btime " + std::to_string(pick(5000)) +
-                        (pick(2) ? " winc 50 binc 50" : "") + (pick(2) ? " movestogo " + std::to_string(pick(40)) : "");
-        case 11: case 12: return "stop";
-        case 13: return "ponderhit";
-        case 14: return std::string("setoption name ") + (pick(2) ? "Ponder" : "OwnBook") + " value " + (pick(2) ? "true" : "false");
-        case 15: return "go";
-        default: return garbage();
+    case 0: return "ucinewgame";
+    case 1:
+    case 2: return "position startpos moves" + moveList();
+    case 3: return std::string("position fen ") + pick(fens) + (pick(2) ? " moves" + moveList() : "");
+    case 4: return "go movetime " + std::to_string(pick(300));
+    case 5: return "go depth " + std::to_string(pick(7));
+    case 6: return "go nodes " + std::to_string(pick(50000));
+    case 7: return "go mate " + std::to_string(pick(4));
+    case 8: return "go infinite";
+    case 9: return "go ponder wtime " + std::to_string(pick(3000)) + " btime " + std::to_string(pick(3000));
+    case 10:
+        return "go wtime " + std::to_string(pick(5000) - 50) + " btime " + std::to_string(pick(5000)) +
+               (pick(2) ? " winc 50 binc 50" : "") + (pick(2) ? " movestogo " + std::to_string(pick(40)) : "");
+    case 11:
+    case 12: return "stop";
+    case 13: return "ponderhit";
+    case 14:
+        return std::string("setoption name ") + (pick(2) ? "Ponder" : "OwnBook") + " value " +
+               (pick(2) ? "true" : "false");
+    case 15: return "go";
+    default: return garbage();
     }
 }
 
@@ -132,7 +143,8 @@ struct engine {
     bool waitFor(const std::string& wanted, size_t from, int ms) {
         const auto deadline = clock_type::now() + std::chrono::milliseconds(ms);
         while (text.find(wanted, from) == std::string::npos) {
-            const int left = static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock_type::now()).count());
+            const int left = static_cast<int>(
+                std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock_type::now()).count());
             pollfd p{output, POLLIN, 0};
             if (left <= 0 || poll(&p, 1, left) <= 0) return false;
             char buffer[65536];
@@ -163,7 +175,8 @@ int leftovers(int enginePid) {
     int count = 0;
     char tag[32], variable[48];
     snprintf(tag, sizeof tag, "(%d)", enginePid);
-    const int variableLength = snprintf(variable, sizeof variable, "TALVIN_INSTANCE=%d", enginePid) + 1;  // with its end
+    const int variableLength =
+        snprintf(variable, sizeof variable, "TALVIN_INSTANCE=%d", enginePid) + 1;  // with its end
     for (int attempt = 0; attempt < 300; attempt++) {
         count = 0;
         if (DIR* dir = opendir("/dev/shm")) {
@@ -191,7 +204,9 @@ int leftovers(int enginePid) {
 std::string session(const char* binary, std::string& log) {
     char pattern[] = "/tmp/talvin-fuzz-XXXXXX";
     const std::string directory = mkdtemp(pattern);
-    if (pick(3) == 0) std::ofstream(directory + "/talvin init.ini") << "pref:MAXPROCESSES=" << pick(3) << "\npref:pondering=" << pick(2) << "\n";
+    if (pick(3) == 0)
+        std::ofstream(directory + "/talvin init.ini")
+            << "pref:MAXPROCESSES=" << pick(3) << "\npref:pondering=" << pick(2) << "\n";
     engine e(binary, directory);
     const bool uci = pick(2);
     std::string failure;
@@ -200,7 +215,8 @@ std::string session(const char* binary, std::string& log) {
         e.send(s);
     };
     send(uci ? "uci\n" : "xboard\nprotover 2\n");
-    if (uci && pick(2)) send("setoption name number_of_processors value " + std::to_string(pick(2) ? pick(3) : 100000) + "\n");
+    if (uci && pick(2))
+        send("setoption name number_of_processors value " + std::to_string(pick(2) ? pick(3) : 100000) + "\n");
     for (int batch = 0, rounds = 5 + pick(40); batch < rounds && failure.empty(); batch++) {
         std::string commands;
         for (int n = 1 + pick(6); n > 0; n--) commands += (uci ? uciCommand() : xboardCommand()) + "\n";
@@ -239,7 +255,8 @@ std::string session(const char* binary, std::string& log) {
     if (e.input >= 0) close(e.input);
     close(e.output);
     std::system(("rm -rf '" + directory + "'").c_str());
-    if (!failure.empty()) log += "\n--- engine output (end) ---\n" + e.text.substr(e.text.size() > 20000 ? e.text.size() - 20000 : 0);
+    if (!failure.empty())
+        log += "\n--- engine output (end) ---\n" + e.text.substr(e.text.size() > 20000 ? e.text.size() - 20000 : 0);
     return failure;
 }
 
@@ -266,7 +283,8 @@ int main(int argc, char** argv) {
         const std::string failure = session(binary, log);
         sessions++;
         if (!failure.empty()) {
-            printf("FAILED (seed %u, session %d): %s\n--- commands ---\n%s\n", seed, sessions, failure.c_str(), log.c_str());
+            printf("FAILED (seed %u, session %d): %s\n--- commands ---\n%s\n", seed, sessions, failure.c_str(),
+                   log.c_str());
             return 1;
         }
     }
