@@ -125,7 +125,7 @@ void searchtree::stopBlock(int blockNumber) {
 
 bool searchtree::otherProcessIdle() const {
     for (int p = 0; p < shared->processCount && p < maxProcesses; p++)
-        if (p != processSlot && peek(shared->processState[p]) == 1 && !shared->processLost[p]) return true;
+        if (p != processSlot && peek(shared->processState[p]) == processIdle && !shared->processLost[p]) return true;
     return false;
 }
 
