@@ -6,7 +6,7 @@
 set -euo pipefail
 here=$(dirname "$0")
 wac=${1:-$here/../build/tools/talvin-wac}
-epd=${2:-/work/shared/data/wac-1-150.epd}
+epd=${2:-$here/suites/wac-1-150.epd}
 ms=${3:-1000}
 
 count=$(grep -c . "$epd")

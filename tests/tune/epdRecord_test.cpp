@@ -98,7 +98,8 @@ TEST(EpdRecord, MalformedLinesAreRefusedWithTheReason) {
 }
 
 TEST(EpdRecord, CommonSuitesLoadWithoutARejectedPosition) {
-    for (const char* name : {"wac-1-150.epd", "bratko-kopec.epd", "kaufman.epd"}) {
+    for (const auto& [name, positions] :
+         {std::pair{"wac-1-150.epd", 150}, {"bratko-kopec.epd", 24}, {"kaufman.epd", 25}}) {
         std::ifstream file(std::string(EPD_DATA_DIR) + "/" + name);
         ASSERT_TRUE(file) << name;
         int count = 0;
@@ -109,6 +110,6 @@ TEST(EpdRecord, CommonSuitesLoadWithoutARejectedPosition) {
                 << line << ": " << p.error;
             count++;
         }
-        EXPECT_EQ(count, std::string(name) == "wac-1-150.epd" ? 150 : std::string(name) == "kaufman.epd" ? 25 : 24);
+        EXPECT_EQ(count, positions) << name;
     }
 }
