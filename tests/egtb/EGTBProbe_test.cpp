@@ -12,8 +12,7 @@
 
 namespace {
 
-const std::string gaviotaDir = gaviotaTables(), syzygyDir = testTables("syzygy");
-const std::string bothDirs = gaviotaDir + ":" + syzygyDir;
+const std::string bothDirs = gaviotaTables + ":" + syzygyTables;
 
 // One for the test binary: the board's move generator keeps a pointer to its killer table.
 localSearch& searchEngine(const EGTBProbe* tables) {
@@ -40,39 +39,25 @@ std::string rootMoves(const EGTBProbe& tables, const char* fen) {
 
 }  // namespace
 
-TEST(TablebaseScores, MeetTheSearchsMateScoresAndNothingBeyond) {
-    // Only a mate in one and a mated position reach the exact mate scores the
-    // search acts on; the longest distances stay clear of the abort and
-    // hash-miss values. Draws, and Syzygy wins the fifty-move rule spoils,
-    // lean one centipawn away from the side to move.
-    const struct {
-        int value, side, score;
-    } gaviota[] = {
-        {32768 - 1, 1, 16000},
-        {32768 - 2, 1, 15998},
-        {32768 - 255, 1, 15492},
-        {-32766, -1, -16000},
-        {-32766 + 1, -1, -15998},
-        {-32766 + 255, -1, -15490},
-        {0, 1, -1},
-        {0, -1, 1},
-    };
-    for (const auto& c : gaviota) EXPECT_EQ(tablebaseScore(c.value, c.side), c.score) << c.value << " " << c.side;
-    const int syzygy[5] = {-15000, -1, -1, -1, 15000};
+// Syzygy draws, and the wins and losses the fifty-move rule spoils, lean one
+// centipawn away from the side to move.
+TEST(TablebaseScores, SyzygyResultsBecomeTheSearchsScores) {
+    const int whiteToMove[5] = {-15000, -1, -1, -1, 15000};
     for (int wdl = -2; wdl <= 2; wdl++) {
-        EXPECT_EQ(syzygyScore(wdl, 1), syzygy[wdl + 2]) << wdl;
-        EXPECT_EQ(syzygyScore(wdl, -1), std::abs(wdl) == 2 ? syzygy[wdl + 2] : 1) << wdl;
+        EXPECT_EQ(syzygyScore(wdl, 1), whiteToMove[wdl + 2]) << wdl;
+        EXPECT_EQ(syzygyScore(wdl, -1), std::abs(wdl) == 2 ? whiteToMove[wdl + 2] : 1) << wdl;
     }
 }
 
 TEST(TablebaseScores, MatchTheSearchOnTheMatesItFinds) {
-    const EGTBProbe tables(gaviotaDir.c_str(), 8, true);
+    const EGTBProbe tables(gaviotaTables.c_str(), 8, true);
     // The search scores every mate 16000, the tables 16002 - 2n for a mate in
     // n: equal for a mate in one; the search with tables takes their figure.
     const std::pair<const char*, int> mates[] = {{"k7/8/K7/8/8/8/8/1Q6 w - - 0 1", 1},
                                                  {"1k6/8/2K5/8/8/8/8/7R w - - 0 1", 2},
                                                  {"8/8/8/8/8/3K4/7R/1k6 w - - 0 1", 3},
-                                                 {"8/8/8/8/8/2k5/1R6/K7 w - - 0 1", 16}};
+                                                 {"8/8/8/8/8/2k5/1R6/K7 w - - 0 1", 16},
+                                                 {"8/8/8/1k6/8/8/K5P1/8 w - - 0 1", 28}};
     for (const auto& [fen, moves] : mates) {
         const int tableScore = probe(tables, fen);
         EXPECT_EQ(tableScore, 16002 - 2 * moves) << fen;
@@ -87,11 +72,14 @@ TEST(TablebaseScores, MatchTheSearchOnTheMatesItFinds) {
     engine.shared->timer1.startTimer();
     EXPECT_EQ(engine.tree.alphaBeta(0, mated, 5, -16000, 16000, 0), -16000);
     EXPECT_EQ(probe(tables, "k7/1Q6/K7/8/8/8/8/8 b - - 0 1"), -16000);
+    // A draw leans one centipawn away from the side to move.
+    EXPECT_EQ(probe(tables, "8/8/8/8/8/1p6/K7/7k w - - 0 1"), -1);
+    EXPECT_EQ(probe(tables, "8/8/8/8/8/1k6/1R6/7K b - - 0 1"), 1);
 }
 
 TEST(TablebaseProbe, SyzygyAloneAndPositionsNoTableMayBeAsked) {
     {
-        const EGTBProbe syzygy(syzygyDir.c_str(), 8, true);
+        const EGTBProbe syzygy(syzygyTables.c_str(), 8, true);
         EXPECT_EQ(probe(syzygy, "8/8/8/8/8/2k5/1R6/K7 w - - 0 1"), 15000);
         EXPECT_EQ(probe(syzygy, "8/8/8/8/8/2k5/1R6/K7 b - - 0 1"), -15000);
         EXPECT_EQ(probe(syzygy, "8/8/8/8/8/1k6/1R6/7K b - - 0 1"), 1);  // Kxb2 draws
@@ -130,7 +118,7 @@ TEST(TablebaseRoot, KeepsTheMovesThatHoldTheResultAndWithSyzygyAloneTheOneThatPr
     // Syzygy alone: the first of the moves nearest the next zeroing move
     // (a1a2, a1b1, b2a2, b2b1 are 31 plies from the mate, other rook moves
     // 33), the mate itself, also when the fifty-move rule spoils the win.
-    const EGTBProbe syzygy(syzygyDir.c_str(), 8, true);
+    const EGTBProbe syzygy(syzygyTables.c_str(), 8, true);
     EXPECT_EQ(rootMoves(syzygy, "8/8/8/8/8/2k5/1R6/K7 w - - 0 1"), "a1a2");
     EXPECT_EQ(rootMoves(syzygy, "k7/8/K7/8/8/8/8/1Q6 w - - 0 1"), "b1b7");
     EXPECT_EQ(rootMoves(syzygy, "8/8/8/8/8/2k5/1R6/K7 w - - 80 60"), "a1a2");
@@ -162,8 +150,8 @@ TEST(TablebaseStartUp, LinesFromTheSearchProcessOnlyAndNoneWithoutTables) {
 TEST(TablebaseStartUp, FindsBothKindsAlongAPathListWithSpaces) {
     const scratchDirectory root;
     const std::string gaviota = root.file("gaviota tables"), syzygy = root.file("syzygy tables");
-    std::system(("mkdir '" + gaviota + "' '" + syzygy + "' && cp " + debianGaviota + "/k?k.gtb.cp4 '" + gaviota +
-                 "' && cp " + syzygyDir + "/K?vK.* '" + syzygy + "'")
+    std::system(("mkdir '" + gaviota + "' '" + syzygy + "' && cp " + gaviotaTables + "/k?k.gtb.cp4 '" + gaviota +
+                 "' && cp " + syzygyTables + "/K?vK.* '" + syzygy + "'")
                     .c_str());
     const EGTBProbe tables((":" + gaviota + "::" + syzygy + ":").c_str(), 8, true);
     EXPECT_EQ(tables.gaviota.pieces, 3);
@@ -174,7 +162,7 @@ TEST(TablebaseStartUp, FindsBothKindsAlongAPathListWithSpaces) {
 TEST(TablebaseStartUp, DamagedFilesAreReportedAndLeftOutWithoutACrash) {
     const scratchDirectory scratch;
     const std::string& dir = scratch.path;
-    std::system(("cd " + debianGaviota + " && cp kqk.* krk.* kpk.* knk.* " + dir + " && cd " + syzygyDir +
+    std::system(("cd " + gaviotaTables + " && cp kqk.* krk.* kpk.* knk.* " + dir + " && cd " + syzygyTables +
                  " && cp KQvK.* KPvK.* " + dir + " && chmod u+w " + dir + "/*")
                     .c_str());
     // krk cut short, kpk and the KPvK distances with a garbled header (all

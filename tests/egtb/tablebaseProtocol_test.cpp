@@ -5,7 +5,7 @@ using TablebaseSession = ProtocolSession;
 
 namespace {
 
-const std::string bothKinds = "pref:egtb-path=" + gaviotaTables() + ":" + testTables("syzygy") + "\n";
+const std::string bothKinds = "pref:egtb-path=" + gaviotaTables + ":" + syzygyTables + "\n";
 
 }  // namespace
 
@@ -27,7 +27,7 @@ TEST_F(TablebaseSession, XboardEnginesSayWhatTheyFoundAndPlayTheMateDistance) {
 
 TEST_F(TablebaseSession, UciPathWithSpacesAndSyzygyAlonePlaysTheDistanceMove) {
     const std::string tables = directory + "/syzygy tables";
-    std::system(("mkdir '" + tables + "' && cp " + testTables("syzygy") + "/K?vK.* '" + tables + "'").c_str());
+    std::system(("mkdir '" + tables + "' && cp " + syzygyTables + "/K?vK.* '" + tables + "'").c_str());
     start();
     engine->send("uci\nsetoption name NalimovPath value " + tables + "\nsetoption name NalimovCache value 8\n");
     expectReply("isready\n", "readyok\n");

@@ -6,12 +6,11 @@
 #include <string>
 #include <vector>
 
-// The tables committed for the tests, Debian's 3-piece Gaviota tables
-// (package gaviotatb), and the full 3- and 4-piece sets with their answer
+// Debian's 3-piece Gaviota tables (package gaviotatb), the Syzygy tables
+// committed for the tests, and the full 3- and 4-piece sets with their answer
 // files next to the repository when they are there.
-inline std::string testTables(const char* kind) { return std::string(TEST_DATA) + "/tablebases/" + kind; }
-inline const std::string debianGaviota = "/usr/share/gaviotatb/gtb4";
-inline std::string gaviotaTables() { return debianGaviota + ":" + testTables("gaviota"); }
+inline const std::string gaviotaTables = "/usr/share/gaviotatb/gtb4";
+inline const std::string syzygyTables = std::string(TEST_DATA) + "/tablebases/syzygy";
 inline std::string sharedFile(const char* path) { return std::string(SHARED_DATA) + "/" + path; }
 inline bool exists(const std::string& path) {
     struct stat s;
