@@ -32,14 +32,8 @@ std::string bookBytes(std::vector<rawEntry> entries) {
     std::string bytes;
     for (const rawEntry& entry : entries) {
         for (int shift = 56; shift >= 0; shift -= 8) bytes += static_cast<char>(entry.key >> shift);
-        bytes += {static_cast<char>(entry.move >> 8),
-                  static_cast<char>(entry.move),
-                  static_cast<char>(entry.weight >> 8),
-                  static_cast<char>(entry.weight),
-                  0,
-                  0,
-                  0,
-                  0};
+        for (int field : {entry.move, entry.weight}) bytes += {static_cast<char>(field >> 8), static_cast<char>(field)};
+        bytes.append(4, '\0');  // the learn field
     }
     return bytes;
 }
@@ -85,7 +79,7 @@ TEST_F(PolyglotFiles, BookMadeByPolyglotReadsBack) {
     ASSERT_EQ(std::system(command.c_str()), 0);
     polyglotBook reader(path("made.bin").c_str());
     EXPECT_EQ(movesOf(reader, startFen), "e2e4 d2d4 c2c4 g1f3");
-    EXPECT_EQ(resultsOf(reader, "rnbqkbnr/pppppppp/8/8/3P4/8/PPP1PPPP/RNBQKBNR b KQkq - 0 1"), "13 0 0");
+    EXPECT_EQ(resultsOf(reader, "rnbqkbnr/pppppppp/8/8/3P4/8/PPP1PPPP/RNBQKBNR b KQkq - 0 1"), "2 0 0");
     EXPECT_EQ(movesOf(reader, fenAfter("e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 b5a4 g8f6").c_str()), "e1g1");
     EXPECT_EQ(movesOf(reader, fenAfter("e2e4 c7c5 g1f3 d7d6 d2d4 c5d4 f3d4 g8f6 b1c3 g7g6 c1e3 f8g7 f2f3 e8g8 "
                                        "d1d2 b8c6 f1c4 c8d7")
@@ -97,19 +91,20 @@ TEST_F(PolyglotFiles, EntriesBecomeLegalMovesInFileOrder) {
     const char* castling = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1";
     const char* promotion = "1n2k3/P7/8/8/8/8/8/4K3 w - - 0 1";
     const char* blackCastling = "r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1";
-    write("book.bin", bookBytes({
-                          {keyOf(castling), moveWord("e1h1"), 5},
-                          {keyOf(castling), moveWord("e1a1"), 0},  // weight 0: never played
-                          {keyOf(castling), moveWord("e1e3"), 9},  // illegal, as from a key collision
-                          {keyOf(castling), 0, 9},                 // a1a1, no move
-                          {keyOf(castling), moveWord("a1a8"), 2},
-                          {keyOf(promotion), moveWord("a7b8", 1), 3},
-                          {keyOf(promotion), moveWord("a7a8", 4), 2},
-                          {keyOf(promotion), moveWord("e1e2", 4), 1},  // a promotion piece without a promotion
-                          {keyOf(promotion), moveWord("a7a8"), 1},     // a promotion without its piece
-                          {keyOf(blackCastling), moveWord("e8h8"), 1},
-                          {keyOf(blackCastling), moveWord("e8a8"), 1},
-                      }));
+    directory.write("book.bin",
+                    bookBytes({
+                        {keyOf(castling), moveWord("e1h1"), 5},
+                        {keyOf(castling), moveWord("e1a1"), 0},  // weight 0: never played
+                        {keyOf(castling), moveWord("e1e3"), 9},  // illegal, as from a key collision
+                        {keyOf(castling), 0, 9},                 // a1a1, no move
+                        {keyOf(castling), moveWord("a1a8"), 2},
+                        {keyOf(promotion), moveWord("a7b8", 1), 3},
+                        {keyOf(promotion), moveWord("a7a8", 4), 2},
+                        {keyOf(promotion), moveWord("e1e2", 4), 1},  // a promotion piece without a promotion
+                        {keyOf(promotion), moveWord("a7a8"), 1},     // a promotion without its piece
+                        {keyOf(blackCastling), moveWord("e8h8"), 1},
+                        {keyOf(blackCastling), moveWord("e8a8"), 1},
+                    }));
     polyglotBook reader(path("book.bin").c_str());
     EXPECT_EQ(movesOf(reader, castling), "e1g1 e1c1/64 a1a8");
     EXPECT_EQ(resultsOf(reader, "r3k2r/8/8/8/8/8/8/R4RK1 b kq - 1 1"), "5 0 0");
@@ -136,7 +131,7 @@ TEST_F(PolyglotFiles, MissingOrDamagedFilesHoldNothingAndNeverCrash) {
     };
     for (const auto& c : cases) {
         std::remove(path("book.bin").c_str());
-        if (c.present) write("book.bin", c.bytes);
+        if (c.present) directory.write("book.bin", c.bytes);
         polyglotBook reader(path("book.bin").c_str());
         expectProbes(reader, c.message, c.moves, c.damage);
     }
