@@ -36,16 +36,11 @@ protected:
     const scratchDirectory directory;
 
     std::string path(const std::string& name) const { return directory.file(name); }
-    std::string read(const std::string& name) const { return directory.read(name); }
-    void write(const std::string& name, const std::string& bytes) const { directory.write(name, bytes); }
-
-    // Returns the .ctg path.
-    std::string writeCtg(const std::string& games, ctgWriter writer = {}, bool pgn = false) {
+    // Writes book.ctg; returns the writer, which counts what it wrote.
+    ctgWriter writeCtg(const std::string& games, ctgWriter writer = {}, bool pgn = false) {
         writeCtgBook(path("book.ctg"), games, writer, pgn);
-        lastWriter = writer;
-        return path("book.ctg");
+        return writer;
     }
-    ctgWriter lastWriter;
 };
 
 // "e2e4 d2d4/70": the moves in book order, with their annotation bytes when set.

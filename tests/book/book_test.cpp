@@ -59,16 +59,13 @@ std::map<std::string, int> choices(std::vector<fakeBook::move> moves, int bestMo
 
 using counts = std::map<std::string, int>;
 
-TEST(BookChoice, BestMoveOnlyTakesTheBestWeightedMovesWithEqualChance) {
-    // weights W + D / 2: 10, 10 (8 + 5 / 2) and 4
+// Weights W + D / 2: 10, 10 (8 + 5 / 2) and 4. BookBestMoveOnly takes the
+// best with equal chance; otherwise r = random % (total + 1) walks down the
+// candidates: over a whole cycle of random numbers each move is taken weight
+// times, the first once more.
+TEST(BookChoice, BestMovesWithEqualChanceOrAllInProportionToTheirWeights) {
     const std::vector<fakeBook::move> moves = {{"e2e4", 0, 10, 0, 3}, {"d2d4", 0, 8, 5, 0}, {"g1f3", 0, 4, 0, 9}};
     EXPECT_EQ(choices(moves, 1, 1000), (counts{{"e2e4", 500}, {"d2d4", 500}}));
-}
-
-// r = random % (total + 1) walks down the candidates: over a whole cycle of
-// random numbers each move is taken weight times, the first once more.
-TEST(BookChoice, WeightedChoiceIsInProportionToTheWeights) {
-    const std::vector<fakeBook::move> moves = {{"e2e4", 0, 10, 0, 3}, {"d2d4", 0, 8, 5, 0}, {"g1f3", 0, 4, 0, 9}};
     EXPECT_EQ(choices(moves, 0, 25 * 1000), (counts{{"e2e4", 11000}, {"d2d4", 10000}, {"g1f3", 4000}}));
 }
 
