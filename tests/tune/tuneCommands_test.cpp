@@ -29,18 +29,6 @@ TEST_F(TuneSession, TuneStopsOnForceTuneleMeasuresAndEndOfInputEndsTheEngine) {
     EXPECT_NE(file("!output_settings.txt").find("PLY:1 MARGIN=350 "), std::string::npos);
 }
 
-TEST_F(TuneSession, QuitDuringTuningEndsTheEngineAndARoundLeavesAWeightsFile) {
-    std::ofstream(directory + "/!finalResults.txt") << results;
-    start();
-    engine->send("xboard\nnopost\n");
-    expectReply("tune\n", "\nparam=79; ", 60000);
-    expectReply("", "\nparam=0; ", 60000);  // the next round has begun
-    EXPECT_NE(file("!tuned_weights.txt").find("developmentWeight="), std::string::npos);
-    EXPECT_NE(file("!output_settings.txt").find("Round1: startScore="), std::string::npos);
-    engine->send("quit\n");
-    EXPECT_EQ(engine->exitStatus(5000), 0);
-}
-
 TEST_F(TuneSession, BenchepdReportsEveryPositionAndWritesTheMissedOnes) {
     std::ofstream(directory + "/!epd_suite.epd")
         << "2rr3k/pp3pp1/1nnqbN1p/3pN3/2pP4/2P3Q1/PPB4P/R4RK1 w - - bm Qg6; id \"WAC.001\";\n"
