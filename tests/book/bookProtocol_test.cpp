@@ -51,7 +51,6 @@ TEST_F(BookSession, UciBookOptions) {
     start();
     engine->send("uci\nsetoption name BookPath value book.ctg\n");
     expectReply("isready\n", "readyok\n");
-    EXPECT_NE(file("talvin init.ini").find("pref:book-path=book.ctg\n"), std::string::npos);
     expectReplies("position startpos\ngo wtime 5000 btime 5000\n", {"info string #move=e2e4\n", "bestmove e2e4\n"});
     const size_t from = engine->output.size();
     expectReplies("setoption name OwnBook value false\nposition startpos\ngo movetime 200\n", {"bestmove "});

@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr const char* debianBook = "/usr/share/games/gnuchess/book.bin";
-
 uint64_t keyOf(const char* fen) {
     bookBoard position;
     EXPECT_TRUE(position.setup(fen)) << fen;
@@ -57,17 +55,6 @@ TEST(PolyglotBook, KeysOfTheDocumentedPositions) {
 }
 
 using PolyglotFiles = BookFiles;
-
-TEST_F(PolyglotFiles, DebianBookHoldsTheMainFirstMoves) {
-    if (access(debianBook, R_OK) != 0) GTEST_SKIP() << debianBook << " is missing (Debian package gnuchess-book)";
-    polyglotBook reader(debianBook);
-    ASSERT_TRUE(reader.contains(startFen));
-    EXPECT_EQ(movesOf(reader, startFen), "e2e4 d2d4 g1f3 c2c4 g2g3 b2b3 f2f4 b1c3 b2b4 e2e3 d2d3 g2g4 a2a3");
-    // Weights come back as the wins of the positions the moves lead to.
-    EXPECT_EQ(resultsOf(reader, "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1"), "12135 0 0");
-    EXPECT_EQ(resultsOf(reader, "rnbqkbnr/pppppppp/8/8/8/5N2/PPPPPPPP/RNBQKB1R b KQkq - 1 1"), "3745 0 0");
-    EXPECT_EQ(resultsOf(reader, "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1"), "none");
-}
 
 // A book that polyglot itself made from the test openings: its castling
 // moves, written as the king taking its rook, come back as king moves.
