@@ -161,27 +161,3 @@ TEST_F(Search, ThinkingLinesGiveTimeInHundredthsAndNodesPerHundredth) {
     EXPECT_EQ(testing::internal::GetCapturedStdout().substr(0, 5), " 1  -");
     tree.printInvertedScore = false;
 }
-
-// Fixed-depth searches from cleared 8 MB tables visit a fixed number of nodes; a
-// change here is a change of the search or the evaluation and must be
-// explained where it is made.
-TEST_F(Search, NodeCountSignatures) {
-    struct {
-        const char* fen;
-        long long nodes;
-        const char* move;
-    } cases[] = {
-        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 11661, "e2e4"},
-        {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", 171607, "e2a6"},
-        {"r1bq1rk1/pp2bppp/2n1pn2/3p4/2PP4/2N1PN2/PP3PPP/R2QKB1R w KQ - 0 9", 72449, "c4c5"},
-        {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", 3646, "b4f4"},
-    };
-    engine().shared->postFlag = 0;
-    for (auto& c : cases) {
-        engine().clearTables();
-        localSearch::result r;
-        search(c.fen, 5, 100000000, r);
-        EXPECT_EQ(r.nodes, c.nodes) << c.fen;
-        EXPECT_EQ(moveText(r.move), c.move) << c.fen;
-    }
-}
