@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "../support/process.h"
 #include "../support/sharedTable.h"
 
@@ -16,37 +14,35 @@ class evalHashtableTest : public ::testing::Test {
 protected:
     const sharedTableName name{"sharedEvalHashtable", "TestEH-"};
     const std::string& instance = name.instance;
-
-    std::unique_ptr<evalHashtable> table() { return std::make_unique<evalHashtable>(instance.c_str(), 1, false); }
 };
 
 }  // namespace
 
 TEST_F(evalHashtableTest, StoresScoresAlwaysReplacesAndComparesTheUpper48KeyBits) {
-    auto t = table();
-    EXPECT_EQ(t->probe(keyA), miss);
-    EXPECT_EQ(t->probe(0x1234), 0);  // a zero word hits every key whose upper 48 bits are zero
+    evalHashtable t(instance.c_str(), 1, false);
+    EXPECT_EQ(t.probe(keyA), miss);
+    EXPECT_EQ(t.probe(0x1234), 0);  // a zero word hits every key whose upper 48 bits are zero
     for (int score : {1, -2, 250, 32767, -32768}) {
-        t->store(keyA, score);
-        EXPECT_EQ(t->probe(keyA), score);
+        t.store(keyA, score);
+        EXPECT_EQ(t.probe(keyA), score);
     }
 
     const uint64_t other = keyA + 7 * 65536;  // same slot, another position
-    t->store(other, 99);
-    EXPECT_EQ(t->probe(keyA), miss);
-    EXPECT_EQ(t->probe(other), 99);
+    t.store(other, 99);
+    EXPECT_EQ(t.probe(keyA), miss);
+    EXPECT_EQ(t.probe(other), 99);
 
     // Keys apart only in the low 16 bits never share a slot; copy the word over to see what is compared.
     const uint64_t first = 0xABCDEF0123450101ULL, second = 0xABCDEF0123452202ULL;
-    t->store(first, 321);
-    t->entries[t->index(second)] = t->entries[t->index(first)];
-    EXPECT_EQ(t->probe(second), 321);
-    EXPECT_EQ(t->probe(second ^ (1ULL << 16)), miss);
+    t.store(first, 321);
+    t.entries[t.index(second)] = t.entries[t.index(first)];
+    EXPECT_EQ(t.probe(second), 321);
+    EXPECT_EQ(t.probe(second ^ (1ULL << 16)), miss);
 
-    t->store(keyA | 0xFFFF, 5);  // the last slot
-    t->reset();
-    EXPECT_EQ(t->probe(other), miss);
-    EXPECT_EQ(t->probe(keyA | 0xFFFF), miss);
+    t.store(keyA | 0xFFFF, 5);  // the last slot
+    t.reset();
+    EXPECT_EQ(t.probe(other), miss);
+    EXPECT_EQ(t.probe(keyA | 0xFFFF), miss);
 }
 
 // The parsing of the setting, the sharing between processes and the set-up and teardown messages go through the
