@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <tuple>
 
 #include "testBoard.h"
 
@@ -53,38 +52,38 @@ TEST(MakeMove, IncrementalStateMatchesFreshSetupOverRandomGames) {
     }
 }
 
-// The pieces themselves are left to perft and to the comparison with a fresh set-up.
-TEST(MakeMove, RightsEnPassantRecaptureSquareAndClocks) {
-    board b = boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1");
-    play(b, "e1g1");
-    EXPECT_EQ(b.castle, 12);
-    play(b, "e8c8");
-    EXPECT_EQ(b.castle, 0);
-    b = boardFrom("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1");
-    play(b, "e1f1");
-    EXPECT_EQ(b.castle, 12);
-    play(b, "a8a1");  // White has lost its rights already, Black loses the long one
-    EXPECT_EQ(b.castle, 4);
-
-    b = boardFrom("4k3/8/8/8/8/8/4P3/4K3 w - - 0 1");
-    play(b, "e2e4");
-    EXPECT_EQ(b.enPassant, 19);  // no black pawn can take, the square is set anyway
-    b = boardFrom("4k3/8/8/3pP3/8/8/8/4K3 w - d6 7 2");
-    play(b, "e5d6");
-    EXPECT_EQ(std::tuple(b.fiftyMoves, b.enPassant, b.recaptureSq), std::tuple(0, 0, 0xFF));
-
-    b = boardFrom("1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1");
-    const int pawnsBefore = b.pieceCount[1][PAWN];
-    play(b, "a7b8Q");
-    EXPECT_EQ(b.pieceCount[1][PAWN], pawnsBefore);  // the pawn entry is not kept
-    EXPECT_EQ(b.recaptureSq, 0xFF);
-    expectSameAsFreshSetup(b);
-
-    b = boardFrom("4k3/8/8/3n4/8/4N3/8/4K3 w - - 9 1");
-    play(b, "e3d5");  // knight takes knight: equal values
-    EXPECT_EQ(std::tuple(b.recaptureSq, b.fiftyMoves), std::tuple(36, 0));
-    play(b, "e8d7");  // a quiet king move compares 0 with 0
-    EXPECT_EQ(std::tuple(b.recaptureSq, b.fiftyMoves, b.ply), std::tuple(52, 1, 2));
+// The pieces themselves are left to perft and to the comparison with a fresh set-up. The recapture square is
+// set by a capture of equal value and by a quiet king move (0 against 0), cleared (0xFF) by any other move.
+TEST(MakeMove, RightsEnPassantClocksAndRecaptureSquare) {
+    const char* rooks = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1";
+    const char* knights = "4k3/8/8/3n4/8/4N3/8/4K3 w - - 9 1";
+    const char* promotion = "1r2k3/P7/8/8/8/8/8/4K3 w - - 0 1";
+    const struct {
+        const char* fen;
+        const char* moves;
+        const char* written;
+        int recaptureSq;
+    } cases[] = {
+        {rooks, "e1g1", "r3k2r/8/8/8/8/8/8/R4RK1 b kq - 1 1", 1},
+        {rooks, "e1g1 e8c8", "2kr3r/8/8/8/8/8/8/R4RK1 w - - 2 1", 61},
+        {rooks, "e1f1", "r3k2r/8/8/8/8/8/8/R4K1R b kq - 1 1", 2},
+        // White has lost its rights already, Black loses the long one
+        {rooks, "e1f1 a8a1", "4k2r/8/8/8/8/8/8/r4K1R w k - 0 1", 7},
+        // no black pawn can take, the square is set anyway
+        {"4k3/8/8/8/8/8/4P3/4K3 w - - 0 1", "e2e4", "4k3/8/8/8/4P3/8/8/4K3 b - e3 0 1", 0xFF},
+        {"4k3/8/8/3pP3/8/8/8/4K3 w - d6 7 2", "e5d6", "4k3/8/3P4/8/8/8/8/4K3 b - - 0 2", 0xFF},
+        {knights, "e3d5", "4k3/8/8/3N4/8/8/8/4K3 b - - 0 1", 36},
+        {knights, "e3d5 e8d7", "8/3k4/8/3N4/8/8/8/4K3 w - - 1 1", 52},
+        {promotion, "a7b8Q", "1Q2k3/8/8/8/8/8/8/4K3 b - - 0 1", 0xFF},
+    };
+    for (const auto& c : cases) {
+        const board b = boardAfter(c.fen, c.moves);
+        EXPECT_EQ(fenOf(b), c.written) << c.fen << " " << c.moves;
+        EXPECT_EQ(b.recaptureSq, c.recaptureSq) << c.fen << " " << c.moves;
+    }
+    const board promoted = boardAfter(promotion, "a7b8Q");
+    EXPECT_EQ(promoted.pieceCount[1][PAWN], boardFrom(promotion).pieceCount[1][PAWN]);  // the pawn entry is not kept
+    expectSameAsFreshSetup(promoted);
 }
 
 TEST(MakeMove, NullMoveFlipsSideAndClearsEnPassantOnly) {

@@ -1,6 +1,7 @@
 #pragma once
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 
 #include "board/board.h"
@@ -31,6 +32,14 @@ inline void play(board& b, const char* text) {
     const int move = b.convertMovestringToInt(text);
     EXPECT_NE(move, 0) << "illegal move " << text;
     if (move) b.makeMove(move);
+}
+
+// The board after the moves, given as text with blanks between them.
+inline board boardAfter(const char* fen, const std::string& moves) {
+    board b = boardFrom(fen);
+    std::istringstream list(moves);
+    for (std::string move; list >> move;) play(b, move.c_str());
+    return b;
 }
 
 inline std::string listText(const uint16_t* moves) {

@@ -4,12 +4,10 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstring>
 #include <string>
 #include <thread>
 
 #include "../support/process.h"
-#include "parallel/sharedData.h"
 #include "platform/mutex.h"
 #include "platform/namedEvent.h"
 
@@ -23,31 +21,6 @@ std::string waitOn(namedMutex& handle, int timeoutMs) {
 }
 
 }  // namespace
-
-TEST(NamedObjects, NamesCarryStemInstanceAndSuffix) {
-    char name[160];
-    objectName(name, sizeof name, "Mutex_SBlock_", "E", "_7");
-    EXPECT_STREQ(name, "/Mutex_SBlock_E_7");
-    objectName(name, sizeof name, "handleStartSlave", "E", "0");
-    EXPECT_STREQ(name, "/handleStartSlaveE0");
-}
-
-TEST(NamedObjects, MappingWrittenByOneProcessIsReadByAnother) {
-    const std::string name = uniqueName("Map");
-    namedMapping created;
-    ASSERT_EQ(created.create(name.c_str(), 4096), namedMapping::ok);
-    EXPECT_EQ(static_cast<unsigned char*>(created.view)[100], 0);  // fresh memory is zero
-    static_cast<int*>(created.view)[10] = 4242;
-    const std::string text = inChild([&] {
-        namedMapping opened;
-        if (opened.open(name.c_str()) != namedMapping::ok) _exit(3);
-        printf("%d %zu", static_cast<int*>(opened.view)[10], opened.size);
-        static_cast<int*>(opened.view)[11] = 7;
-    });
-    EXPECT_EQ(text, "4242 4096");
-    EXPECT_EQ(static_cast<int*>(created.view)[11], 7);
-    shm_unlink(name.c_str());
-}
 
 TEST(NamedObjects, OpenerWaitsUntilTheMutexesExist) {
     const std::string instance = uniqueName("Open").substr(1);
