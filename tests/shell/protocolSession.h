@@ -142,13 +142,15 @@ protected:
         expectReply("quit\n", "Getting rid of handle");
         EXPECT_EQ(engine->exitStatus(), 0);
     }
-    // Kills the search process (the role process "0") once the output holds searching: the engine says so in
-    // message and exits with status 1.
-    void expectSearchProcessLoss(const std::string& searching, const std::string& message) {
-        ASSERT_TRUE(engine->waitFor(searching));
+    // Sends search; once the output holds searching, kills the search process (the role process "0"): the engine
+    // says so in message and exits with status 1.
+    void expectSearchProcessLoss(const std::string& search, const std::string& searching, const std::string& message) {
+        const size_t from = engine->output.size();
+        engine->send(search);
+        ASSERT_TRUE(engine->waitFor(searching, 10000, from));
         for (const processEntry& p : roleProcessesOf(enginePid))
             if (roleOf(p) == '0') kill(p.pid, SIGKILL);
-        EXPECT_TRUE(engine->waitFor(message, 3000)) << engine->output;
+        EXPECT_TRUE(engine->waitFor(message, 3000, from)) << engine->output.substr(from);
         EXPECT_EQ(engine->exitStatus(3000), 1);
     }
 };

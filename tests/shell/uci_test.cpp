@@ -153,7 +153,7 @@ TEST_F(UciSession, OptionsLimitsPonderingOddPositionsRacesAndALostSearchProcess)
     expectReply("isready\n", "readyok\n");
     EXPECT_EQ(occurrences(engine->output, "bestmove ", racesFrom), 200);
     // A search process that dies never leaves the engine hanging.
-    engine->send("position startpos\ngo infinite\n");
-    expectSearchProcessLoss("info depth 3 ", "info string The search process has stopped working");
+    expectSearchProcessLoss("position startpos\ngo infinite\n", "info depth 3 ",
+                            "info string The search process has stopped working");
     expectOnlyUciLines(engine->output);
 }

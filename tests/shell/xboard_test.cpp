@@ -2,8 +2,8 @@
 
 using XboardSession = ProtocolSession;
 
-// One session through the commands a front end sends, from the features to the end of input.
-TEST_F(XboardSession, FeaturesMovesPositionsSearchesTimeControlsAndRaces) {
+// One session through the commands a front end sends, from the features to a search process that dies.
+TEST_F(XboardSession, FeaturesMovesPositionsSearchesTimeControlsRacesAndALostSearchProcess) {
     start();
     expectReplies({
         {"xboard\n", "feature done=0\n"},
@@ -78,13 +78,7 @@ TEST_F(XboardSession, FeaturesMovesPositionsSearchesTimeControlsAndRaces) {
     }
     // No move of a search that a new game stopped comes out after it.
     EXPECT_FALSE(engine->waitFor("\nmove ", 1500, engine->output.rfind("pong ")));
-    engine->closeInput();
-    EXPECT_EQ(engine->exitStatus(), 0);
-}
-
-// A search process that dies never leaves the engine hanging.
-TEST_F(XboardSession, ALostSearchProcessIsReported) {
-    start();
-    engine->send("xboard\nprotover 2\nforce\nhard\nanalyze\n");
-    expectSearchProcessLoss("\n 3  ", "tellusererror The search process has stopped working");
+    // A search process that dies never leaves the engine hanging.
+    expectSearchProcessLoss("post\nforce\nhard\nanalyze\n", "\n 3  ",
+                            "tellusererror The search process has stopped working");
 }
