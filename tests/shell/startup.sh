@@ -5,12 +5,8 @@ set -u
 engine=${1:?usage: startup.sh PATH/TO/talvin}
 fail() { printf '%s\n' "$@"; exit 1; }
 
-expected=$'Talvin_v8.05_x64\n\nChoose mode: Type xboard or uci'
-output=$(timeout 10 "$engine" < /dev/null)
-status=$?
-[ "$status" -eq 0 ] || fail "exit status $status"
-[ "$output" = "$expected" ] || fail "unexpected output:" "$output"
-
+output=$(timeout 10 "$engine" < /dev/null) || fail "exit status $?"
+[ "$output" = $'Talvin_v8.05_x64\n\nChoose mode: Type xboard or uci' ] || fail "unexpected output:" "$output"
 version=$(timeout 10 "$engine" --version < /dev/null) || fail "--version failed"
 [ "$version" = "Talvin_v8.05_x64 (Talvin 8.05)" ] || fail "unexpected --version:" "$version"
 help=$(timeout 10 "$engine" --help < /dev/null) || fail "--help failed"

@@ -24,7 +24,9 @@ std::string lastSearch(const std::string& output) {
 
 }  // namespace
 
-TEST_F(UciSession, OptionsAreAnnouncedAndWrittenToTheSettingsFileAndBadMovesStopAMoveList) {
+// One session, in the order a front end might go: the options, the limits, pondering, odd positions, races, and
+// at the end a search process that dies.
+TEST_F(UciSession, OptionsLimitsPonderingOddPositionsRacesAndALostSearchProcess) {
     start();
     engine->send("uci\n");
     ASSERT_TRUE(engine->waitFor("uciok\n"));
@@ -56,7 +58,7 @@ TEST_F(UciSession, OptionsAreAnnouncedAndWrittenToTheSettingsFileAndBadMovesStop
     engine->send(
         "setoption name Hash value 16\nsetoption name BookPath value my book.ctg\n"
         "setoption name Ponder value true\nsetoption name Futility Pruning value false\n"
-        "setoption name Unknown value 3\n");
+        "setoption name OwnBook value false\nsetoption name Unknown value 3\n");
     expectReply("isready\n", "readyok\n");
     // Too late: the settings file is written at the first other line.
     expectReply("setoption name Hash value 128\nisready\n", "readyok\n");
@@ -67,80 +69,91 @@ TEST_F(UciSession, OptionsAreAnnouncedAndWrittenToTheSettingsFileAndBadMovesStop
         EXPECT_NE(written.find(line), std::string::npos) << line << written;
     // A bad move ends the move list: the rest is not played.
     expectReply("position startpos moves e2e4 e7e5 e1e3 g1f3\n", "info string Error (ambiguous move): e1e3 g1f3\n");
-    engine->closeInput();
-    EXPECT_EQ(engine->exitStatus(), 0);
-}
 
-TEST_F(UciSession, GoStopPonderPonderhitInfinitePromotionsAndRefusedPositions) {
-    start();
-    engine->send("uci\nsetoption name Ponder value true\nisready\n");
-    ASSERT_TRUE(engine->waitFor("readyok\n"));
+    // Every named limit holds, alone and with a clock: the depth reached, and the one never reached.
+    const struct {
+        const char* commands;
+        const char* move;
+        const char* reached;
+        const char* notReached;
+    } limits[] = {
+        {"position startpos\ngo depth 3\n", "bestmove ", "info depth 3 ", "info depth 4 "},
+        {"go depth 2 wtime 600000 btime 600000\n", "bestmove ", "info depth 2 ", "info depth 3 "},
+        {"position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1\ngo mate 1\n", "bestmove a1a8\n", "info depth 1 ",
+         "info depth 3 "},
+        {"position fen 7k/8/8/8/8/8/8/K7 w - - 0 1\ngo mate 2\n", "bestmove ", "info depth 4 ", "info depth 5 "},
+    };
+    for (const auto& limit : limits) {
+        expectReply(limit.commands, limit.move);
+        EXPECT_NE(lastSearch(engine->output).find(limit.reached), std::string::npos) << limit.commands;
+        EXPECT_EQ(lastSearch(engine->output).find(limit.notReached), std::string::npos) << limit.commands;
+    }
+    // A node limit stops the search within a few nodes of it.
+    expectReply("position startpos\ngo nodes 20000\n", "bestmove ", 20000);
+    const std::string search = lastSearch(engine->output);
+    const size_t at = search.find("Nodes=");
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_LE(std::stoll(search.substr(at + 6)), 20500);
+    // Times the clock can pay: a control kept with an increment, a movetime below the margin.
+    // (The control kept is the 5000 ms a move the UCI loop starts with.)
+    expectReply("go wtime 3000 btime 3000 movestogo 20 winc 1000 binc 1000\n", "time next move: 2950 ms");
+    ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
+    expectReply("go movetime 100\n", "time next move: 50 ms");
+    ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
+
     // A timed search answers with the move and the expected reply.
+    size_t from = engine->output.size();
     expectReply("position startpos moves e2e4\ngo movetime 300\n", "bestmove ");
-    ASSERT_TRUE(engine->waitFor(" ponder "));
+    ASSERT_TRUE(engine->waitFor(" ponder ", 10000, from));
     // A ponder hit late in the budget plays the ponder result at once.
     expectReply("position startpos moves d2d4 d7d5\ngo wtime 300 btime 300\n", "bestmove ");
     expectReply("position startpos moves d2d4 d7d5 c2c4 e7e6\ngo ponder wtime 300 btime 300\n", "Start Pondering");
-    engine->send("isready\n");
-    ASSERT_TRUE(engine->waitFor("readyok\n"));
+    expectReply("isready\n", "readyok\n");
     usleep(300 * 1000);
-    const size_t from = engine->output.size();
+    from = engine->output.size();
     expectReply("ponderhit\n", "bestmove ", 3000);
     // No new search: the move follows the time line directly.
     EXPECT_NE(engine->output.find("ms===========\nbestmove ", from), std::string::npos) << engine->output.substr(from);
-    // "stop" ends an infinite search at once with its move. It comes last: an
-    // infinite search leaves its time-added value in the clock for later controls.
+    // "stop" ends an infinite search at once with its move. It comes after the clock checks: an infinite search
+    // leaves its time-added value in the clock for later controls.
     expectReply("position startpos\ngo infinite\n", "info depth 3");
     expectReply("stop\n", "bestmove ", 3000);
     // "stop" during "go ponder" reports the ponder search's move.
     expectReply("position startpos moves e2e4 e7e5\ngo ponder wtime 5000 btime 5000\n", "info depth 3");
     expectReply("stop\n", "\nbestmove ", 3000);
     // A mate in one ends the search at once, but the move waits for "stop".
+    from = engine->output.size();
     engine->send("position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1\ngo infinite\n");
-    ASSERT_TRUE(engine->waitFor("foundmove=a1a8", 10000));
-    EXPECT_FALSE(engine->waitFor("bestmove", 700, engine->output.find("foundmove=a1a8")));
+    ASSERT_TRUE(engine->waitFor("foundmove=a1a8", 10000, from));
+    EXPECT_FALSE(engine->waitFor("bestmove", 700, engine->output.find("foundmove=a1a8", from)));
     // After the mate there is nothing to ponder on: no ponder part.
     expectReply("stop\n", "bestmove a1a8\n", 3000);
     // Promotions in lower case, in the thinking lines too.
     expectReply("position fen 7k/P7/8/8/8/8/8/K7 w - - 0 1\ngo depth 4\n", "bestmove a7a8q");
     EXPECT_NE(lastSearch(engine->output).find(" pv a7a8q"), std::string::npos);
-    // A refused position is reported, and "go" searches nothing.
-    expectReply("position fen 8/8/8/8/8/8/8/8 w - - 0 1\n", "info string Illegal position\n");
-    expectReply("go depth 3\n", "bestmove 0000\n");
-    // The game-end line of a position reached is an info string.
-    expectReply("position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1 moves a1a8\n", "info string 1-0 {white mates}\n");
-    quit();
-    expectOnlyUciLines(engine->output);
-}
-
-TEST_F(UciSession, EveryNamedLimitHoldsAloneAndWithAClock) {
-    start();
-    engine->send("uci\nsetoption name OwnBook value false\nisready\n");
-    ASSERT_TRUE(engine->waitFor("readyok\n"));
-    expectReply("position startpos\ngo depth 3\n", "bestmove ");
-    EXPECT_NE(lastSearch(engine->output).find("info depth 3 "), std::string::npos);
-    EXPECT_EQ(lastSearch(engine->output).find("info depth 4 "), std::string::npos);
-    expectReply("go depth 2 wtime 600000 btime 600000\n", "bestmove ");
-    EXPECT_EQ(lastSearch(engine->output).find("info depth 3 "), std::string::npos);
-    // A node limit stops the search within a few nodes of it.
-    expectReply("go nodes 20000\n", "bestmove ", 20000);
-    const std::string search = lastSearch(engine->output);
-    const size_t at = search.find("Nodes=");
-    ASSERT_NE(at, std::string::npos);
-    EXPECT_LE(std::stoll(search.substr(at + 6)), 20500);
-    // Mate in one: found and played, no deeper than two plies.
-    expectReply("position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1\ngo mate 1\n", "bestmove a1a8\n");
-    EXPECT_EQ(lastSearch(engine->output).find("info depth 3 "), std::string::npos);
-    expectReply("position fen 7k/8/8/8/8/8/8/K7 w - - 0 1\ngo mate 2\n", "bestmove ");  // none: four plies at most
-    EXPECT_NE(lastSearch(engine->output).find("info depth 4 "), std::string::npos);
-    EXPECT_EQ(lastSearch(engine->output).find("info depth 5 "), std::string::npos);
-    // Times the clock can pay: a movetime below the margin, a control kept with an increment.
-    // (The control kept is the 5000 ms a move the UCI loop starts with.)
-    expectReply("position startpos\ngo wtime 3000 btime 3000 movestogo 20 winc 1000 binc 1000\n",
-                "time next move: 2950 ms");
-    ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
-    expectReply("go movetime 100\n", "time next move: 50 ms");
-    ASSERT_TRUE(engine->waitFor("bestmove ", 5000, engine->output.rfind("time next move")));
-    quit();
+    expectReplies({
+        // A refused position is reported, and "go" searches nothing.
+        {"position fen 8/8/8/8/8/8/8/8 w - - 0 1\n", "info string Illegal position\n"},
+        {"go depth 3\n", "bestmove 0000\n"},
+        // The game-end line of a position reached is an info string.
+        {"position fen 7k/8/6K1/8/8/8/8/R7 w - - 0 1 moves a1a8\n", "info string 1-0 {white mates}\n"},
+    });
+    // A stop or a ponder hit that comes with the search start, or a few milliseconds after it, is never lost.
+    std::mt19937 random(12);
+    const size_t racesFrom = engine->output.size();
+    for (int round = 0; round < 200; round++) {
+        from = engine->output.size();
+        const char* ending = random() % 2 ? "stop\n" : "ponderhit\n";
+        sendRacing(std::string("position startpos moves e2e4 e7e5 g1f3\ngo ponder wtime 400 btime 400\n") + ending +
+                       "isready\n",
+                   random);
+        ASSERT_TRUE(engine->waitFor("readyok\n", 10000, from)) << "round " << round;
+        ASSERT_TRUE(engine->waitFor("bestmove ", 10000, from)) << "round " << round;
+    }
+    expectReply("isready\n", "readyok\n");
+    EXPECT_EQ(occurrences(engine->output, "bestmove ", racesFrom), 200);
+    // A search process that dies never leaves the engine hanging.
+    expectSearchProcessLoss("position startpos\ngo infinite\n", "info depth 3 ",
+                            "info string The search process has stopped working");
     expectOnlyUciLines(engine->output);
 }

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 // What run prints on standard output.
 template <class body>
@@ -74,4 +75,27 @@ void forEachProcess(visit run) {
         run(p);
     }
     closedir(dir);
+}
+
+// The role processes of the engine started as enginePid, alive: they carry its tag in their environment.
+inline std::vector<processEntry> roleProcessesOf(int enginePid) {
+    std::vector<processEntry> found;
+    const std::string tag = "TALVIN_INSTANCE=" + std::to_string(enginePid) + '\0';
+    forEachProcess([&](const processEntry& p) {
+        if (p.state != "Z" && p.file("environ").find(tag) != std::string::npos) found.push_back(p);
+    });
+    return found;
+}
+
+// A role process's argument: '0' the search process, '1' to '9' the slaves.
+inline char roleOf(const processEntry& p) {
+    const std::string command = p.file("cmdline");  // ends "0\0" or "1\0"...
+    return command.size() >= 2 ? command[command.size() - 2] : 0;
+}
+
+// Occurrences of text in output from position from on.
+inline int occurrences(const std::string& output, const std::string& text, size_t from = 0) {
+    int n = 0;
+    for (size_t at = output.find(text, from); at != std::string::npos; at = output.find(text, at + 1)) n++;
+    return n;
 }
