@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "../support/process.h"
 #include "../support/sharedTable.h"
 
 namespace {
@@ -10,16 +9,11 @@ namespace {
 constexpr int miss = evalHashtable::missValue;
 constexpr uint64_t keyA = 0x9E3779B97F4A7C15ULL;
 
-class evalHashtableTest : public ::testing::Test {
-protected:
-    const sharedTableName name{"sharedEvalHashtable", "TestEH-"};
-    const std::string& instance = name.instance;
-};
-
 }  // namespace
 
-TEST_F(evalHashtableTest, StoresScoresAlwaysReplacesAndComparesTheUpper48KeyBits) {
-    evalHashtable t(instance.c_str(), 1, false);
+TEST(evalHashtable, StoresScoresAlwaysReplacesAndComparesTheUpper48KeyBits) {
+    const sharedTableName name{"sharedEvalHashtable", "TestEH-"};
+    evalHashtable t(name.instance.c_str(), 1, false);
     EXPECT_EQ(t.probe(keyA), miss);
     EXPECT_EQ(t.probe(0x1234), 0);  // a zero word hits every key whose upper 48 bits are zero
     for (int score : {1, -2, 250, 32767, -32768}) {
@@ -43,22 +37,4 @@ TEST_F(evalHashtableTest, StoresScoresAlwaysReplacesAndComparesTheUpper48KeyBits
     t.reset();
     EXPECT_EQ(t.probe(other), miss);
     EXPECT_EQ(t.probe(keyA | 0xFFFF), miss);
-}
-
-// The parsing of the setting, the sharing between processes and the set-up and teardown messages go through the
-// same mapping code as the transposition table's, tested there; the entries here are half the size.
-TEST_F(evalHashtableTest, SizeSettingChoosesTheEntryCountAndATableWithoutMappingIgnoresEverything) {
-    const int fallback = evalHashtable::defaultEntryCount;
-    expectSizeSettings<evalHashtable>(
-        instance,
-        {{"pref:size-hashtable=3\n", 3 * 65536}, {"pref:size-hashtable=8192\n", fallback}, {nullptr, fallback}});
-    EXPECT_EQ(evalHashtable::entriesForSize(8191), 8191 * 65536);
-
-    EXPECT_EQ(printed([&] {
-                  evalHashtable broken("no/such/name", 1, false);  // not a valid object name
-                  broken.store(0x1234, 10);
-                  EXPECT_EQ(broken.probe(0x1234), miss);
-                  broken.reset();
-              }),
-              "ERROR! Could not create file mapping object sharedEvalHashtable.\n");
 }

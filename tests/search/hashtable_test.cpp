@@ -31,18 +31,15 @@ TEST_F(hashtableTest, ProbeNeedsKeyAndDepthBoundsCutFailHardAndATornEntryMisses)
     t->recordHash(keyA, 5, 0, -123, exact, 0x1234);
     t->recordHash(keyA + 1, 4, 0, 30, upper, 0);
     t->recordHash(keyA + 2, 4, 0, 30, lower, 0);
+    // Below: another key in the slot, an empty slot, and a zero entry (key 0, upper bound 0).
     const struct {
         uint64_t key;
         int depth, alpha, beta, expected;
     } cases[] = {
-        {keyA, 5, -100, 100, -123},     {keyA, 2, -100, 100, -123},
-        {keyA, 6, -100, 100, miss},     {keyA + slots, 0, -100, 100, miss},
-        {keyA + 3, 0, -100, 100, miss},  // other key in the slot; empty slot
-        {keyA + 1, 4, 50, 60, 50},      {keyA + 1, 4, 30, 60, 30},
-        {keyA + 1, 4, 20, 60, miss},    {keyA + 1, 5, 50, 60, miss},
-        {keyA + 2, 4, 0, 20, 20},       {keyA + 2, 4, 0, 30, 30},
-        {keyA + 2, 4, 0, 40, miss},     {0, 0, 10, 20, 10},
-        {0, 0, -10, 20, miss},          {0, 1, 10, 20, miss},  // a zero entry: key 0, upper bound 0
+        {keyA, 5, -100, 100, -123},     {keyA, 6, -100, 100, miss}, {keyA + slots, 0, -100, 100, miss},
+        {keyA + 3, 0, -100, 100, miss}, {keyA + 1, 4, 50, 60, 50},  {keyA + 1, 4, 30, 60, 30},
+        {keyA + 1, 4, 20, 60, miss},    {keyA + 2, 4, 0, 20, 20},   {keyA + 2, 4, 0, 30, 30},
+        {keyA + 2, 4, 0, 40, miss},     {0, 0, 10, 20, 10},         {0, 1, 10, 20, miss},
     };
     for (const auto& c : cases)
         EXPECT_EQ(t->probeHash(c.key, c.depth, c.alpha, c.beta), c.expected) << c.key % 8 << " @" << c.depth;
@@ -108,7 +105,6 @@ TEST_F(hashtableTest, SizeSettingChoosesTheEntryCountAndTheIndexIsTheKeyModuloIt
     expectSizeSettings<hashtable>(instance,
                                   {
                                       {"pref:size-hashtable=64   (in MB)\n", 0x400000},
-                                      {"pref:size-hashtable=32\n", 2097152},
                                       {"pref:size-hashtable=3.9\n", 3 * 65536},  // truncated, and no power of two
                                       {"pref:size-hashtable=0\n", fallback},
                                       {"pref:size-hashtable=4096\n", fallback},
