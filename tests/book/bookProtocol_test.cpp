@@ -1,5 +1,3 @@
-#include <set>
-
 #include "../shell/protocolSession.h"
 #include "bookFiles.h"
 
@@ -31,18 +29,6 @@ TEST_F(BookSession, XboardPlaysItsOpeningFromTheBookAndLeavesIt) {
     // Out of the book: the probe finds nothing and the engine searches.
     expectReplies("a7a6\n", {"probe TalvinBook: book.ctg\n#move=\n", "move "});
     EXPECT_EQ(bookMoves(), (std::vector<std::string>{"e2e4", "g1f3", ""}));
-    quit();
-}
-
-// BookBestMoveOnly false weighs the moves instead of taking the best: over
-// many probes both moves come (1.e4 twice as often as 1.d4).
-TEST_F(BookSession, WeightedChoiceVariesFromProbeToProbe) {
-    writeBook("e2e4 1-0\nd2d4 1-0\n");
-    start("pref:book-path=book.ctg\npref:BookBestMoveOnly=0\n");
-    engine->send("xboard\nprotover 2\nnopost\n");
-    for (int game = 0; game < 40; game++) expectReply("new\ngo\n", "move ");
-    const std::vector<std::string> moves = bookMoves();
-    EXPECT_EQ(std::set<std::string>(moves.begin(), moves.end()), (std::set<std::string>{"e2e4", "d2d4"}));
     quit();
 }
 
