@@ -1,6 +1,9 @@
 #pragma once
+#include <poll.h>
 #include <spawn.h>
 #include <unistd.h>
+
+#include <string>
 
 extern char** environ;
 
@@ -39,4 +42,16 @@ inline pid_t spawnPiped(const char* binary, const char* directory, int& toChild,
     toChild = in[1];
     fromChild = out[0];
     return pid;
+}
+
+// Appends what the child writes within timeoutMs to output; false on time-out
+// or end of output.
+inline bool readPiped(int fromChild, std::string& output, int timeoutMs) {
+    pollfd p{fromChild, POLLIN, 0};
+    if (poll(&p, 1, timeoutMs) <= 0) return false;
+    char buffer[65536];
+    const ssize_t n = read(fromChild, buffer, sizeof buffer);
+    if (n <= 0) return false;
+    output.append(buffer, n);
+    return true;
 }

@@ -1,6 +1,5 @@
 #pragma once
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -60,15 +59,7 @@ private:
     int toEngine = -1, fromEngine = -1, status = 0;
     bool reaped = false;
 
-    bool readSome(int timeoutMs) {
-        pollfd p{fromEngine, POLLIN, 0};
-        if (poll(&p, 1, timeoutMs) <= 0) return false;
-        char buffer[4096];
-        const ssize_t n = read(fromEngine, buffer, sizeof buffer);
-        if (n <= 0) return false;
-        output.append(buffer, n);
-        return true;
-    }
+    bool readSome(int timeoutMs) { return readPiped(fromEngine, output, timeoutMs); }
     bool finished(int timeoutMs) {
         if (reaped) return true;
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);

@@ -9,7 +9,6 @@
 // a crash or a leftover; 0 after SECONDS without one.
 #include <dirent.h>
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -145,12 +144,7 @@ struct engine {
         while (text.find(wanted, from) == std::string::npos) {
             const int left = static_cast<int>(
                 std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock_type::now()).count());
-            pollfd p{output, POLLIN, 0};
-            if (left <= 0 || poll(&p, 1, left) <= 0) return false;
-            char buffer[65536];
-            const ssize_t n = read(output, buffer, sizeof buffer);
-            if (n <= 0) return false;
-            text.append(buffer, n);
+            if (left <= 0 || !readPiped(output, text, left)) return false;
         }
         return true;
     }
