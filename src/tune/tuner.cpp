@@ -94,12 +94,6 @@ float tuner::calculateConcordance(int depth) {
     return std::sqrt(static_cast<float>(sum / count));
 }
 
-float tuner::measure(int depth) {
-    tree.table->reset();
-    if (board::evalCache) board::evalCache->reset();
-    return calculateConcordance(depth);
-}
-
 void tuner::logParameters(int round, float base) {
     if (round == 0) appendToLog("Round 0: startScore=%f, params= ", base);
     else appendToLog("Round%d: startScore=%f, params= ", round, base);

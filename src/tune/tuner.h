@@ -33,9 +33,9 @@ public:
     int skipCounters[evalWeightCount] = {};
 
 protected:
-    // The error of the weights as they stand: tables cleared first, so that
-    // nothing searched or evaluated under other weights is used.
-    virtual float measure(int depth);
+    // The error of the weights as they stand, on the tables as the searches
+    // before left them (the evaluation cache's keys carry the weights).
+    virtual float measure(int depth) { return calculateConcordance(depth); }
 
 private:
     sharedData& shared;
