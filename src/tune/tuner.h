@@ -48,6 +48,10 @@ private:
     void logParameters(int round, float base);
 };
 
+// Blank lines of the reference file (and of "speed"'s file, which has its
+// format) are no positions.
+bool isBlankLine(const char* line);
+
 // Weight i moves by |value / 25|, at least 1.
 inline int tuningStep(int value) {
     const int step = value / 25;
