@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdlib>
 
 #include "board/board.h"
@@ -25,8 +24,6 @@ uint64_t keyHistory[150];
 
 slidingMovesGenerator board::smg;
 zorbicKeyset board::zKeyset;
-
-static constexpr int pieceValueLimit = 10000;
 
 static killerMoveTable localKillers;
 killerMoveTable* board::killers = &localKillers;
@@ -106,9 +103,6 @@ static void buildTables() {
 board::board(killerMoveTable* killerTable) {
     pieceValueSettings values;
     readPieceValueSettings(settingsFileName, values);
-    // Keeps material sums and the evaluation's products far from overflow.
-    for (int* value : {&values.pawn, &values.knight, &values.bishop, &values.rook, &values.queen})
-        *value = std::clamp(*value, -pieceValueLimit, pieceValueLimit);
     pieceValue[PAWN] = values.pawn;
     pieceValue[KNIGHT] = values.knight;
     pieceValue[BISHOP] = values.bishop;

@@ -7,7 +7,7 @@
 class board;
 
 // A Syzygy win or loss: beyond every evaluation, short of the mate scores
-// (a Gaviota mate in n moves scores 16002 - 2n, so at least 15748 up to
+// (a Gaviota mate in n moves scores 16000 - 2n, so at least 15746 up to
 // mates in 127).
 inline constexpr int syzygyWinScore = 15000;
 

@@ -82,7 +82,7 @@ bool gaviotaTables::probe(const tablePosition& p, int& value) const {
     // A win is an odd number of plies away, a loss an even number.
     const int moves = static_cast<int>(plies + 1) / 2;
     if (info == tb_DRAW) value = 0;
-    else if ((info == tb_WMATE) == p.whiteToMove) value = 32768 - moves;
+    else if ((info == tb_WMATE) == p.whiteToMove) value = 32767 - moves;
     else value = -32766 + moves;
     return true;
 }

@@ -21,7 +21,7 @@ public:
     // cannot be had; then no table is used.
     bool start(const std::vector<std::string>& directories, const std::vector<tableFile>& files, int cacheMB);
     // The position's distance to mate as the value t of the score
-    // conversion: 32768 - n when the side to move mates in n moves,
+    // conversion: 32767 - n when the side to move mates in n moves,
     // -32766 + n when it is mated in n (n = 0: mated now), 0 for a draw.
     // False when no table answers.
     bool probe(const tablePosition& p, int& value) const;

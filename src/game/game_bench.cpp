@@ -4,6 +4,7 @@
 #include "game/game.h"
 #include "game/timer.h"
 #include "platform/console.h"
+#include "tune/tuner.h"
 
 namespace {
 
@@ -38,7 +39,7 @@ static void benchRun(game& g, int depth, int timeMs, positions forEach, long lon
     g.shared->maxDepth = depth;
     total = 0;
     forEach([&](const char* fen) {
-        g.setupPosition(fen);
+        if (!g.setupPosition(fen)) return;  // refused: the previous position would be counted twice
         g.benchCurrentPosition(timeMs);
         total += g.shared->nodeTotals[0] + g.shared->nodeTotals[1];
     });
@@ -72,7 +73,7 @@ void game::benchSpeed(int depth) {
         [file](auto search) {
             char line[1001];
             while (file && fgets(line, sizeof line, file))
-                if (line[0] != '+' && line[0] != '-') search(line);
+                if (line[0] != '+' && line[0] != '-' && !isBlankLine(line)) search(line);
         },
         total, t);
     if (file) fclose(file);

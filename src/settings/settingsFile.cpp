@@ -76,6 +76,10 @@ static bool readEchoedKey(const char* piece, const echoedKey<settings> (&keys)[c
     return false;
 }
 
+static int pieceValueSetting(const char* text) {
+    return std::clamp(settingsDouble(text), -pieceValueLimit, pieceValueLimit);
+}
+
 void readPieceValueSettings(const char* fileName, pieceValueSettings& values) {
     static constexpr echoedKey<pieceValueSettings> pieceKeys[] = {
         {"pref:VALPAWN=", "   VALPAWN:  %d\n", &pieceValueSettings::pawn},
@@ -86,7 +90,7 @@ void readPieceValueSettings(const char* fileName, pieceValueSettings& values) {
     };
     bool echo = false;
     readSettingsLines(fileName, [&](const char* piece) {
-        if (!readEchoSwitch(piece, echo)) readEchoedKey(piece, pieceKeys, values, echo, settingsDouble);
+        if (!readEchoSwitch(piece, echo)) readEchoedKey(piece, pieceKeys, values, echo, pieceValueSetting);
     });
 }
 

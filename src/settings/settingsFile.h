@@ -53,8 +53,12 @@ struct pieceValueSettings {
     int queen = 900;
 };
 
-// The board constructor's keys: the five piece values, echoed when the file
-// has switched echoing on before them.
+// Keeps material sums and the evaluation's products far from overflow.
+inline constexpr int pieceValueLimit = 10000;
+
+// The board constructor's keys: the five piece values, limited to
+// ±pieceValueLimit and echoed so, when the file has switched echoing on
+// before them.
 void readPieceValueSettings(const char* fileName, pieceValueSettings& values);
 
 // "pref:size-hashtable=" in MB. Returns false and leaves sizeMB alone when the

@@ -33,13 +33,13 @@ int referenceScore(const char* line) {
     return line[0] == '-' ? -value : value;
 }
 
-bool isBlank(const char* line) {
+}  // namespace
+
+bool isBlankLine(const char* line) {
     for (; *line; line++)
         if (*line != ' ' && *line != '\t' && *line != '\r' && *line != '\n') return false;
     return true;
 }
-
-}  // namespace
 
 tuner::tuner(sharedData& shared, searchtree& tree, board& position, int command)
     : shared(shared), tree(tree), position(position), command(command) {}
@@ -63,7 +63,7 @@ float tuner::calculateConcordance(int depth) {
         char line[1000];
         while (!stopped && std::fgets(line, sizeof line, file)) {
             if (line[0] != '+' && line[0] != '-') {
-                if (!isBlank(line)) position.setupPosition(line);
+                if (!isBlankLine(line)) position.setupPosition(line);
                 continue;
             }
             shared.timer1.allottedMs = referenceSearchMs;
@@ -92,12 +92,6 @@ float tuner::calculateConcordance(int depth) {
         return 0;
     }
     return std::sqrt(static_cast<float>(sum / count));
-}
-
-float tuner::measure(int depth) {
-    tree.table->reset();
-    if (board::evalCache) board::evalCache->reset();
-    return calculateConcordance(depth);
 }
 
 void tuner::logParameters(int round, float base) {

@@ -33,9 +33,9 @@ public:
     int skipCounters[evalWeightCount] = {};
 
 protected:
-    // The error of the weights as they stand: tables cleared first, so that
-    // nothing searched or evaluated under other weights is used.
-    virtual float measure(int depth);
+    // The error of the weights as they stand, on the tables as the searches
+    // before left them (the evaluation cache's keys carry the weights).
+    virtual float measure(int depth) { return calculateConcordance(depth); }
 
 private:
     sharedData& shared;
@@ -47,6 +47,10 @@ private:
     void setWeight(int index, int value);
     void logParameters(int round, float base);
 };
+
+// Blank lines of the reference file (and of "speed"'s file, which has its
+// format) are no positions.
+bool isBlankLine(const char* line);
 
 // Weight i moves by |value / 25|, at least 1.
 inline int tuningStep(int value) {

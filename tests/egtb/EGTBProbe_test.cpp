@@ -48,17 +48,29 @@ TEST(TablebaseScores, SyzygyResultsBecomeTheSearchsScores) {
     }
 }
 
-// A mate in n scores 16002 - 2n, the search's own mate score for a mate in
-// one, and a search with the tables takes that figure; a draw leans one
-// centipawn away from the side to move.
-TEST(TablebaseScores, GaviotaScoresMeetTheSearchsMateScores) {
+// A mate in n scores 16000 - 2n, short of the search's own mate score even
+// for a mate in one, and being mated in n -16000 + 2n. A search that meets
+// the table a ply below the root takes the loser's figure there: 16002 - 2n
+// for the winner. Mated in one is no longer a mate score, so the search goes
+// on past its first iteration. A draw leans one centipawn away from the side
+// to move.
+TEST(TablebaseScores, GaviotaScoresStayShortOfTheSearchsMateScores) {
     const EGTBProbe tables(gaviotaTables.c_str(), 8, true);
-    const std::pair<const char*, int> mates[] = {{"k7/8/K7/8/8/8/8/1Q6 w - - 0 1", 1},
-                                                 {"8/8/8/1k6/8/8/K5P1/8 w - - 0 1", 28}};
-    for (const auto& [fen, moves] : mates) {
-        const int tableScore = probe(tables, fen);
-        EXPECT_EQ(tableScore, 16002 - 2 * moves) << fen;
-        EXPECT_EQ(searchEngine(&tables).run(boardFrom(fen), 6, 100000).score, tableScore) << fen;
+    const struct {
+        const char* fen;
+        int table, search;
+    } cases[] = {
+        {"k7/8/K7/8/8/8/8/1Q6 w - - 0 1", 15998, 16000},  // the search sees the mate itself
+        {"8/8/8/1k6/8/8/K5P1/8 w - - 0 1", 16000 - 2 * 28, 16002 - 2 * 28},
+        {"4k3/7Q/4K3/8/8/8/8/8 b - - 0 1", -15998, -15998},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(probe(tables, c.fen), c.table) << c.fen;
+        const localSearch::result r = searchEngine(&tables).run(boardFrom(c.fen), 6, 100000);
+        EXPECT_EQ(r.score, c.search) << c.fen;
+        if (c.search != mateScore) {
+            EXPECT_EQ(r.depth, 7) << c.fen;
+        }
     }
     EXPECT_EQ(probe(tables, "k7/1Q6/K7/8/8/8/8/8 b - - 0 1"), -16000);
     EXPECT_EQ(probe(tables, "8/8/8/8/8/1p6/K7/7k w - - 0 1"), -1);
@@ -135,7 +147,7 @@ TEST(TablebaseStartUp, DamagedFilesAreReportedAndLeftOutWithoutACrash) {
             EXPECT_NE(out.find(line), std::string::npos) << line << out;
         // The sound table answers; a damaged Gaviota one leaves the position
         // to Syzygy, but not to its damaged distances; nothing answers a missing one.
-        EXPECT_EQ(probe(tables, "8/8/8/5k2/8/8/1Q6/K7 w - - 0 1"), 16002 - 2 * 10);
+        EXPECT_EQ(probe(tables, "8/8/8/5k2/8/8/1Q6/K7 w - - 0 1"), 16000 - 2 * 10);
         EXPECT_EQ(probe(tables, "8/8/8/1k6/8/8/K5P1/8 w - - 0 1"), 15000);
         EXPECT_EQ(rootMoves(tables, "8/8/8/1k6/8/8/K5P1/8 w - - 0 1"), "g2g3 g2g4 a2a3 a2b3 a2b2 a2a1 a2b1");
         int score;

@@ -79,7 +79,7 @@ TEST(settingsNumbers, decimalReadingStopsAtTextAndClampsToTheIntRange) {
 
 // The process count is MAXPROCESSES + 1, at most what the shared record holds. A book path is cut after a
 // ".ctg" within its first 50 characters and otherwise keeps its line end, unless it names a Polyglot book.
-// Later lines win; the book-move mode is clamped to 0..1.
+// Later lines win; the book-move mode is clamped to 0..1, the piece values to +-10000.
 TEST(settingsFile, eachKeyReadAlone) {
     const scratchDirectory directory;
     const std::string file = directory.file(settingsFileName);
@@ -105,6 +105,11 @@ TEST(settingsFile, eachKeyReadAlone) {
          "Using 0 processor\npondering=1 EGTB=3 NMP=0 LMP=0 FUTPRUN=0 BOOK=0 EXTENTIONS=0 knight=301 bishop=302 "
          "rook=450 "
          "queen=905 "},
+        // piece values are limited to +-10000, and echoed as used
+        {"pref:printToScreen=1\npref:VALQUEEN=20000\npref:VALPAWN=-1e9\npref:VALROOK=9999\n",
+         "Read settings:\nUsing 0 processor\nRead settings:\n   VALQUEEN: 10000\n   VALPAWN:  -10000\n   VALROOK:  "
+         "9999\n"
+         "pawn=-10000 rook=9999 queen=10000 "},
         // the second piece of an overlong line starts with a key and counts as a line
         {"pref:egtb-path=" + longPath + "pref:VALPAWN=55\n",
          "Using 0 processor\npawn=55 egtb=" + longPath.substr(0, 100) + " "},

@@ -82,3 +82,24 @@ TEST_F(XboardSession, FeaturesMovesPositionsSearchesTimeControlsRacesAndALostSea
     expectSearchProcessLoss("post\nforce\nhard\nanalyze\n", "\n 3  ",
                             "tellusererror The search process has stopped working");
 }
+
+// "speed" searches every position of its file once: score lines, blank lines and positions the engine refuses
+// are none, so each file below counts the nodes of one search.
+TEST_F(XboardSession, SpeedSearchesEachPositionOfItsFileOnce) {
+    const std::string fen = "r4rk1/pppbqppp/2n1p3/3n4/2B5/4PN2/PBP2PPP/R2Q1RK1 w - - 0 12\n";
+    const std::string files[] = {fen, "\n" + fen + "+35\n\n", fen + " \r\n-12\n8/8/8/8/8/8/8/8 w - - 0 1\n"};
+    start();
+    engine->send("xboard\n");
+    std::string first;
+    for (const std::string& text : files) {
+        scratch.write("!benchSpeed.txt", text);
+        const size_t from = engine->output.size();
+        expectReply("speed 4\n", "kNPS\n", 20000);
+        const size_t at = engine->output.find("depth=4 nodes=", from);
+        ASSERT_NE(at, std::string::npos) << engine->output.substr(from);
+        const std::string nodes = engine->output.substr(at, engine->output.find(' ', at + 8) - at);
+        if (first.empty()) first = nodes;
+        EXPECT_EQ(nodes, first) << text;
+    }
+    quit();
+}

@@ -5,10 +5,13 @@
 
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "../board/testBoard.h"
 #include "../support/scratchDirectory.h"
+#include "../support/sharedTable.h"
+#include "eval/evalHashtable.h"
 #include "eval/evalWeightsFile.h"
 #include "search/localSearch.h"
 
@@ -53,6 +56,13 @@ protected:
         measurements++;
         return error();
     }
+};
+
+// The measurement tune makes for each trial, as it stands.
+class MeasuringTuner : public tuner {
+public:
+    MeasuringTuner() : tuner(*testEngine().shared, testEngine().tree, workspace(), tuneJob) {}
+    using tuner::measure;
 };
 
 }  // namespace
@@ -108,4 +118,22 @@ TEST_F(Tuning, ConcordanceIsTheRootMeanSquareOfClampedSearchScoresAgainstTheRefe
     shared.searchCommand = 0;
     EXPECT_EQ(t.calculateConcordance(2), 0.0f);
     EXPECT_TRUE(t.stopped);
+}
+
+// tune measures every trial on the tables as the searches before left them
+// (only tunele clears them): the evaluation cache's keys carry the weights.
+TEST_F(Tuning, TuneMeasuresWithoutClearingTheTables) {
+    std::ofstream(resultsFileName) << "4k3/8/8/8/8/8/8/QQR1K3 w - - 0 1\n+1600\n";
+    const sharedTableName name{"sharedEvalHashtable", "TestTune-"};
+    auto cache = std::make_unique<evalHashtable>(name.instance.c_str(), 1, false);
+    board::evalCache = cache.get();
+    constexpr uint64_t key = 0x0123456789ABCDEF;
+    testEngine().table.recordHash(key, 20, 0, 77, hashtable::exactBound, 0);
+    cache->store(key, 55);
+    MeasuringTuner t;
+    printed([&] { t.measure(1); });
+    board::evalCache = nullptr;
+    EXPECT_EQ(testEngine().table.probeHash(key, 20, -100, 100), 77);
+    EXPECT_EQ(cache->probe(key), 55);
+    printed([&] { cache.reset(); });  // the unmapping is reported
 }
