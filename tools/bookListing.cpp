@@ -28,7 +28,8 @@ const char* annotationName(int annotation) {
 std::string counts(bookSource& source, const char* fen) {
     int wins, draws, losses;
     if (!source.results(fen, wins, draws, losses)) return "";
-    return std::to_string(wins + draws + losses) + " games: " + std::to_string(wins) +
+    const int games = wins + draws + losses;
+    return std::to_string(games) + (games == 1 ? " game: " : " games: ") + std::to_string(wins) +
            " won by the side that moved into it, " + std::to_string(draws) + " drawn, " + std::to_string(losses) +
            " lost";
 }
