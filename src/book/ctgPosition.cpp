@@ -7,9 +7,9 @@
 namespace {
 
 // What each move byte means in the stored position, as ChessBase's books
-// use it. Byte 0x1a and 0xf9 read the same (Q2 0 -2) and no byte reads
-// Q2 -2 0; which of the two is that move is not known, so both are read as
-// written here and an illegal reading is dropped.
+// use it (steps compare modulo 8). Bytes 0x1a and 0xf9 both read Q2 0 -2 and
+// no byte reads Q2 -2 0; which of the two is meant for that move is not
+// known, so both are read as written here and the writer uses 0x1a.
 constexpr ctgPosition::moveMeaning moveTable[256] = {
     /* 00 */ {'P', 5, 1, 1},
     {'N', 2, -2, -1},
