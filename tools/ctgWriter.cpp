@@ -151,14 +151,21 @@ bool ctgWriter::write(const std::string& ctgPath, std::string& error) {
     putBigEndian(count, gameCount, 4);
     ctgBytes.replace(ctg::gameCountOffset, 4, count);
     for (const std::string& page : pages) ctgBytes += page;
-    std::string ctoBytes(ctg::tableHeaderSize, '\0');
-    count.clear();
-    putBigEndian(count, static_cast<uint32_t>(table.size()), 4);
-    ctoBytes.replace(ctg::tableEntryCountOffset, 4, count);
+    std::string ctoBytes;
+    putBigEndian(ctoBytes, ctg::tableTag, 4);
+    putBigEndian(ctoBytes, static_cast<uint32_t>(table.size()), 4);
+    ctoBytes.resize(ctg::tableHeaderSize, '\0');
     for (const uint32_t page : table) putBigEndian(ctoBytes, page, 4);
-    // One bit per .ctg page, the header page included: all in use.
-    std::string ctbBytes(4 + (pages.size() + 1 + 7) / 8, '\0');
-    for (size_t page = 0; page <= pages.size(); page++) ctbBytes[4 + page / 8] |= static_cast<char>(0x80 >> page % 8);
+    // Readers that keep to the slot bounds walk every level; the page map has
+    // one bit per .ctg page, the header page included: all in use.
+    std::string ctbBytes;
+    putBigEndian(ctbBytes, ctg::pageMapTag, 4);
+    putBigEndian(ctbBytes, 0, 4);
+    putBigEndian(ctbBytes, static_cast<uint32_t>(table.size() - 1), 4);
+    const size_t pageMap = ctbBytes.size();
+    ctbBytes.resize(pageMap + (pages.size() + 1 + 7) / 8, '\0');
+    for (size_t page = 0; page <= pages.size(); page++)
+        ctbBytes[pageMap + page / 8] |= static_cast<char>(0x80 >> page % 8);
 
     const std::string stem = ctgPath.substr(0, ctgPath.size() - 4);
     const bool upperCase = ctgPath[ctgPath.size() - 3] == 'C';

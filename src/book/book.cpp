@@ -13,12 +13,16 @@ namespace {
 
 constexpr int neverChosen = -9999999;
 
-// W + D / 2 of the position the move leads to, wins counted for the side
-// that plays the move; 1 when the book records no games there.
 int moveWeight(bookSource& source, const board& position, const bookSource::entry& move) {
     if (move.annotation >= 64 && move.annotation <= 127) return neverChosen;
+    return book::resultWeight(source, position, move.move);
+}
+
+}  // namespace
+
+int book::resultWeight(bookSource& source, const board& position, const char* move) {
     board next = position;
-    const int legalMove = next.convertMovestringToInt(move.move);
+    const int legalMove = next.convertMovestringToInt(move);
     if (legalMove == 0) return 1;
     next.makeMove(legalMove);
     char fen[128];
@@ -28,15 +32,17 @@ int moveWeight(bookSource& source, const board& position, const bookSource::entr
     return wins + draws / 2;
 }
 
-}  // namespace
-
 book::book() : bookBestMoveOnly(1) { setPath("bookTalvin.ctg"); }
 
 void book::setPath(const char* text) {
     snprintf(path, sizeof path, "%s", text);
+    source = sourceFor(path);
+}
+
+std::unique_ptr<bookSource> book::sourceFor(const char* path) {
     const size_t length = strlen(path);
-    if (length >= 4 && strcasecmp(path + length - 4, ".bin") == 0) source = std::make_unique<polyglotBook>(path);
-    else source = std::make_unique<ctgBook>(path);
+    if (length >= 4 && strcasecmp(path + length - 4, ".bin") == 0) return std::make_unique<polyglotBook>(path);
+    return std::make_unique<ctgBook>(path);
 }
 
 bool book::chooseMove(const board& position, char* moveText, uint32_t random) {

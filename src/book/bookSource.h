@@ -10,6 +10,9 @@ public:
         int annotation;  // the move's annotation byte
     };
     virtual ~bookSource() = default;
+    // Opens the book unless it is open; false, with the book's message
+    // printed, when it cannot be read.
+    virtual bool open() = 0;
     // Is the position in the book? A book that cannot be read prints one
     // message a call and holds no position.
     virtual bool contains(const char* fen) = 0;

@@ -124,8 +124,8 @@ const uint8_t* ctgBook::searchPage(uint32_t number, const ctgPosition& position)
 const uint8_t* ctgBook::find(const ctgPosition& position) {
     const uint32_t hash = position.hash();
     uint8_t slotBytes[4];
-    // Level d holds 2^d slots from index 2^d - 1 on. An empty slot is skipped
-    // rather than taken as the end: that finds everything either reading does.
+    // Level d holds 2^d slots from index 2^d - 1 on. An empty slot is skipped,
+    // not taken as the end: ChessBase's books leave whole low levels empty.
     for (uint32_t levelMask = 0;; levelMask = 2 * levelMask + 1) {
         const int64_t slot = static_cast<int64_t>(hash & levelMask) + levelMask;
         if (slot >= tableEntries) return nullptr;

@@ -18,6 +18,7 @@ public:
     ctgBook(const ctgBook&) = delete;
     ctgBook& operator=(const ctgBook&) = delete;
 
+    bool open() override;
     bool contains(const char* fen) override;
     bool moves(const char* fen, entry* out, int capacity, int& count) override;
     bool results(const char* fen, int& wins, int& draws, int& losses) override;
@@ -37,7 +38,6 @@ private:
     cachedPage cache[cachedPages];
     int nextVictim = 0;
 
-    bool open();
     void close();
     const uint8_t* page(int64_t number);
     const uint8_t* searchPage(uint32_t number, const ctgPosition& position);

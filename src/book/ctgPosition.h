@@ -23,8 +23,12 @@ inline constexpr int winsToMoveOffset = 3;
 inline constexpr int winsJustMovedOffset = 6;
 inline constexpr int drawsOffset = 9;
 inline constexpr int tableHeaderSize = 16;
-inline constexpr int tableEntryCountOffset = 4;
 inline constexpr uint32_t emptySlot = 0xFFFFFFFF;
+// The first four bytes of the .cto and of the .ctb in ChessBase's books,
+// of unknown meaning. The .ctb goes on with the lowest and the highest
+// table slot that readers walk, then a bitmap of the .ctg's pages in use.
+inline constexpr uint32_t tableTag = 0x00100001;
+inline constexpr uint32_t pageMapTag = 0x000c0001;
 }  // namespace ctg
 
 // A position as a CTG book stores it: always White to move (colours and
@@ -33,6 +37,16 @@ inline constexpr uint32_t emptySlot = 0xFFFFFFFF;
 class ctgPosition {
 public:
     static constexpr int maxEncodingLength = 31;
+    static constexpr char unusedByte = 0;
+
+    // What a move byte names in the stored position: the ordinal-th white
+    // piece of the type, counted in encoding order (a1, a2, ..., a8, b1, ...),
+    // and a step in files and ranks that wraps around the board. A piece of
+    // unusedByte: the byte names no move.
+    struct moveMeaning {
+        char piece;
+        int8_t ordinal, dx, dy;
+    };
 
     bookBoard real;    // as given
     bookBoard stored;  // normalised
@@ -52,8 +66,9 @@ public:
     // The byte for a move of the real position, or -1 when the format cannot
     // store it (under-promotions, a third piece of a kind).
     int encodeMove(int from, int to, char promotion) const;
-    // The lowest byte whose first reading is the step (taken modulo 8) of the
-    // ordinal-th white piece of the type, or -1.
+    static const moveMeaning& meaning(uint8_t code);
+    // The lowest byte that names the step (taken modulo 8) of the ordinal-th
+    // white piece of the type, or -1.
     static int moveByte(char piece, int ordinal, int dx, int dy);
 
 private:

@@ -19,6 +19,7 @@ public:
     polyglotBook(const polyglotBook&) = delete;
     polyglotBook& operator=(const polyglotBook&) = delete;
 
+    bool open() override;
     bool contains(const char* fen) override;
     bool moves(const char* fen, entry* out, int capacity, int& count) override;
     // Known only for the positions that the moves listed last lead to.
@@ -40,7 +41,6 @@ private:
     int childWeights[maxBookMoves];
     int childCount = 0;
 
-    bool open();
     bool readEntry(int64_t index, rawEntry& out);
     // Index of the position's first entry, or -1.
     int64_t firstEntry(uint64_t positionKey);

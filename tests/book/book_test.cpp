@@ -22,6 +22,7 @@ public:
     bool readable = true;
 
     explicit fakeBook(std::vector<move> moves) : bookMoves(std::move(moves)) {}
+    bool open() override { return true; }
     bool contains(const char* fen) override { return fen == fenOf(boardFrom(startFen)); }
     bool moves(const char*, entry* out, int capacity, int& count) override {
         count = 0;

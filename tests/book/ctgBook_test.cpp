@@ -24,7 +24,7 @@ TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
     writeCtg(games, writer);
     std::string page = bytes(
         "00 02 00 7c 56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c1 e1 a6 0f 59 60 f3 b6 0f 7f "
-        "05 5f 00 eb 00 00 00 0a 00 00 05 00 00 03 00 00 02");
+        "05 5f 00 e6 00 00 00 0a 00 00 05 00 00 03 00 00 02");
     page.resize(4 + 60, '\0');
     page += bytes(
         "56 b6 0f 79 60 f3 a6 0f 58 b0 78 e0 c7 21 a6 0f 59 60 f3 b6 0f 7f "
@@ -32,9 +32,12 @@ TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
     page.resize(4096, '\0');
     std::string header(4096, '\0');
     header[31] = 10;
-    EXPECT_EQ(directory.read("book.ctg"), header + page);
-    EXPECT_EQ(directory.read("book.cto"), bytes("00 00 00 00 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 00"));
-    EXPECT_EQ(directory.read("book.ctb"), bytes("00 00 00 00 c0"));
+    const std::string ctg = directory.read("book.ctg");
+    EXPECT_TRUE(ctg == header + page) << "differs from byte "
+                                      << std::mismatch(ctg.begin(), ctg.end(), (header + page).begin()).first -
+                                             ctg.begin();
+    EXPECT_EQ(directory.read("book.cto"), bytes("00 10 00 01 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 00"));
+    EXPECT_EQ(directory.read("book.ctb"), bytes("00 0c 00 01 00 00 00 00 00 00 00 00 c0"));
 
     // The same two positions on level 3 of the index, in two pages.
     for (int level : {0, 3}) {
@@ -47,6 +50,12 @@ TEST_F(CtgBook, WriterMakesTheKnownSmallBookByteForByte) {
         EXPECT_EQ(resultsOf(reader, fenAfter("e2e4").c_str()), "3 2 1");
         EXPECT_FALSE(reader.contains(fenAfter("d2d4").c_str()));
     }
+    // Level 3: 1.e4 in slot 10, the initial position in slot 14, pages in slot order.
+    const std::string empty = bytes("ff ff ff ff ff ff ff ff ff ff ff ff");
+    EXPECT_EQ(directory.read("book.cto"), bytes("00 10 00 01 00 00 00 0f 00 00 00 00 00 00 00 00") +
+                                              std::string(7 * 4, '\0') + empty + std::string(4, '\0') + empty +
+                                              bytes("00 00 00 01"));
+    EXPECT_EQ(directory.read("book.ctb"), bytes("00 0c 00 01 00 00 00 00 00 00 00 0e e0"));
 }
 
 // Black to move, mirrored positions, castling both ways, en passant, a
