@@ -101,6 +101,15 @@ private:
     void stopBlock(int blockNumber);
     // Stops the watched blocks in which a slave's move has beaten alpha.
     void stopFailedBlocks();
+    // A claimed slave's death is looked for this often while its owner waits.
+    static constexpr int lifelineCheckMs = 10;
+    // A block whose owner has died and on which no live process works.
+    bool abandonedBlock(int blockNumber);
+    // Process p has died (or never came back): it is not claimed again, its
+    // blocks are stopped, and the engine says so, once.
+    void noteLostProcess(int p);
+    // Takes the dead processes off the block; true when there were any.
+    bool dropLostProcesses(int blockNumber);
     // True when another process is idle: one back from a block is idle a
     // moment before it signals so, and a node that missed the signal would
     // go on alone until its next move is searched.

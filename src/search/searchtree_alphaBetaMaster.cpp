@@ -1,5 +1,6 @@
 #include <sched.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -14,7 +15,9 @@
 namespace {
 
 // Read while other processes write it under a lock.
-inline int32_t peek(int32_t& field) { return std::atomic_ref<int32_t>(field).load(std::memory_order_relaxed); }
+inline int32_t peek(const int32_t& field) {
+    return std::atomic_ref<int32_t>(const_cast<int32_t&>(field)).load(std::memory_order_relaxed);
+}
 
 }  // namespace
 
@@ -27,7 +30,8 @@ void searchtree::searchBlockMoves(int b, const board& node, int depth, int alpha
     const bool watched = owner && watchedBlockCount < maxWatchedBlocks;
     if (watched) watchedBlocks[watchedBlockCount++] = b;
     int index;
-    for (int move = block.takeMove(lock, index); move != 0; move = block.takeMove(lock, index)) {
+    for (int move = block.takeMove(lock, index, processSlot); move != 0;
+         move = block.takeMove(lock, index, processSlot)) {
         if (rootFrom >= 0) announceRootMove(rootFrom + index);
         board child = node;
         child.makeMove(move);
@@ -66,20 +70,24 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
         return 0;
     }
     int claimed[maxProcesses], waitingAt[maxProcesses];
-    int claimedCount = 0, blockNumber = 0;
+    int claimedCount = 0, blockNumber = 0, lostMask = 0;
     {
         lockGuard mt(mutex::mt);
         for (int p = 0; p < shared->processCount && p < maxProcesses; p++) {
             if (p == processSlot || shared->processState[p] != processIdle || shared->processLost[p]) continue;
+            if (shared->lifelines[p].cut()) {
+                lostMask |= 1 << p;
+                continue;
+            }
             shared->processState[p] = processBusy;
             waitingAt[claimedCount] = shared->waitingForBlock[p];
             claimed[claimedCount++] = p;
         }
-        if (claimedCount == 0) return 0;
-        for (int n = 2; n < splitBlockCount && blockNumber == 0; n++) {
-            lockGuard held(process->splitBlockMutex[n]);
+        for (int n = 2; n < splitBlockCount && blockNumber == 0 && claimedCount > 0; n++) {
             splitBlock& block = shared->splitBlocks[n];
-            if (block.owner != freeSplitBlock) continue;
+            if (peek(block.owner) != freeSplitBlock && !abandonedBlock(n)) continue;
+            lockGuard held(process->splitBlockMutex[n]);
+            if (block.owner != freeSplitBlock && !abandonedBlock(n)) continue;
             memcpy(block.moves, moves, count * sizeof moves[0]);
             memcpy(block.moves + 100, moves + 100, count * sizeof moves[0]);
             block.moves[count] = 0;
@@ -96,17 +104,19 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
             block.reducedMoves = 0;
             block.failHigh = 0;
             block.parent = sbNum;
-            block.claimedMask = 0;
-            for (int i = 0; i < claimedCount; i++) block.claimedMask |= 1 << claimed[i];
+            block.workingMask = 0;
+            for (int i = 0; i < claimedCount; i++) block.workingMask |= 1 << claimed[i];
             for (int i = 0; i < claimedCount; i++) shared->assignedSplitBlock[claimed[i]] = n;
             blockNumber = n;
         }
-        if (blockNumber == 0) {
+        if (blockNumber == 0 && claimedCount > 0) {
             printInfo("WARNING: No splitblock available!\n");
             for (int i = 0; i < claimedCount; i++) shared->processState[claimed[i]] = processIdle;
-            return 0;
         }
     }
+    for (int p = 0; lostMask != 0 && p < maxProcesses; p++)
+        if (lostMask >> p & 1) noteLostProcess(p);
+    if (blockNumber == 0) return 0;
     for (int i = 0; i < claimedCount; i++) {
         process->startSlave[claimed[i]].set();
         // An owner waiting for its own block sleeps on that block's event.
@@ -121,6 +131,46 @@ void searchtree::stopBlock(int blockNumber) {
         if (shared->splitBlocks[n].owner != freeSplitBlock && shared->splitBlocks[n].parent == blockNumber &&
             !shared->splitBlocks[n].stop)
             stopBlock(n);
+}
+
+bool searchtree::abandonedBlock(int blockNumber) {
+    const splitBlock& block = shared->splitBlocks[blockNumber];
+    const int owner = peek(block.owner);
+    if (owner < 0 || owner >= maxProcesses || !shared->processLost[owner] || !shared->lifelines[owner].cut())
+        return false;
+    for (int p = 0; p < maxProcesses; p++)
+        if (peek(block.workingMask) >> p & 1 && !shared->lifelines[p].cut()) return false;
+    return true;
+}
+
+void searchtree::noteLostProcess(int p) {
+    {
+        lockGuard mt(mutex::mt);
+        if (shared->processLost[p]) return;
+        shared->processLost[p] = 1;
+    }
+    // Its own blocks have nobody to collect them: their slaves come back at
+    // once, those claimed but not yet woken too, and the blocks are taken
+    // again once nobody alive works on them.
+    for (int n = 2; n < splitBlockCount; n++) {
+        const splitBlock& orphan = shared->splitBlocks[n];
+        if (peek(orphan.owner) != p) continue;
+        stopBlock(n);
+        for (int q = 0; q < maxProcesses; q++)
+            if (orphan.workingMask >> q & 1 && peek(shared->assignedSplitBlock[q]) == n) process->startSlave[q].set();
+    }
+    printInfo("%sHelper process %d has stopped; the search goes on without it\n", uciOutput() ? "" : "# ", p);
+}
+
+bool searchtree::dropLostProcesses(int blockNumber) {
+    splitBlock& block = shared->splitBlocks[blockNumber];
+    bool dropped = false;
+    for (int p = 0; p < maxProcesses; p++) {
+        if (!(peek(block.workingMask) >> p & 1) || !shared->lifelines[p].cut()) continue;
+        noteLostProcess(p);
+        dropped |= block.dropLostProcess(process->splitBlockMutex[blockNumber], p);
+    }
+    return dropped;
 }
 
 bool searchtree::otherProcessIdle() const {
@@ -174,7 +224,7 @@ void searchtree::waitForSlaves(int blockNumber) {
         {
             lockGuard mt(mutex::mt);
             assigned = shared->assignedSplitBlock[processSlot];
-            const bool done = assigned == 0 && block.numSlaves <= 0;
+            const bool done = assigned == 0 && block.workingMask == 0;
             // Said again at every round: a wait nested in a job helped meanwhile has cleared it.
             if (assigned == 0) shared->waitingForBlock[processSlot] = done ? 0 : blockNumber;
             if (done) {
@@ -189,21 +239,23 @@ void searchtree::waitForSlaves(int blockNumber) {
         }
         // The last slave is usually close: watch before sleeping.
         const auto spinEnd = clock::now() + std::chrono::microseconds(wakeSpinUs);
-        while (peek(block.numSlaves) > 0 && peek(shared->assignedSplitBlock[processSlot]) == 0 &&
+        while (peek(block.workingMask) != 0 && peek(shared->assignedSplitBlock[processSlot]) == 0 &&
                clock::now() < spinEnd)
             sched_yield();
-        if (peek(block.numSlaves) <= 0 || peek(shared->assignedSplitBlock[processSlot]) != 0) continue;
+        if (peek(block.workingMask) == 0 || peek(shared->assignedSplitBlock[processSlot]) != 0) continue;
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now()).count();
-        if (left > 0 && process->splitBlockReady[blockNumber].wait(static_cast<int>(left))) continue;
-        if (clock::now() < deadline) continue;
+        const int slice = static_cast<int>(std::min<long long>(left, lifelineCheckMs));
+        if (slice > 0 && process->splitBlockReady[blockNumber].wait(slice)) continue;
+        // A slave that died never signals: its lifeline says so.
+        if (dropLostProcesses(blockNumber) || clock::now() < deadline) continue;
         printInfo("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
         lockGuard mt(mutex::mt);
         shared->processState[processSlot] = processBusy;
         shared->waitingForBlock[processSlot] = 0;
-        // A process that never came back (killed, most likely) would cost
-        // this wait again at every split.
+        // A process alive but never back (hung) would cost this wait again
+        // at every split.
         for (int p = 0; p < maxProcesses; p++)
-            if (block.claimedMask >> p & 1 && shared->processState[p] == processBusy) shared->processLost[p] = 1;
+            if (block.workingMask >> p & 1) shared->processLost[p] = 1;
         return;
     }
 }
