@@ -74,6 +74,17 @@ struct splitBlock {
     bool dropLostProcess(namedMutex& lock, int slot);
 };
 
+// How the parallel search went, for its statistics line; counted by the
+// processes that share nodes only, so a single process pays nothing.
+struct parallelCounters {
+    int64_t splits;    // nodes shared
+    int64_t mtWaits;   // takes of the MT mutex that found it held
+    int64_t timeouts;  // waits for a block's slaves that ran out
+    int64_t noBlock;   // shares given up for want of a free block
+    int32_t blocksInUse;
+    int32_t blocksPeak;
+};
+
 // The record every engine process maps: search clock, killer table, game
 // state, switches, split blocks and the positions handed over.
 struct sharedData {
@@ -126,6 +137,7 @@ struct sharedData {
     lifeline lifelines[maxProcesses];       // held by each role process while it lives
     int32_t runFlag;
     int64_t nodeTotals[2];              // alphaBeta nodes, quiescence nodes
+    parallelCounters counters;          // cleared at the start of every search
     int32_t processesReady;             // role processes that have opened every object
     publishedEvalWeights tunedWeights;  // the tuner's weights, for the slaves
 };

@@ -93,6 +93,7 @@ private:
     // search ends, and waits for its slaves. True when it failed high.
     bool closeSplitBlock(int blockNumber, int sbNum);
     void releaseSplitBlock(int blockNumber);
+    void countBlocksInUse(int change);
     // Waits until the block's slaves are back, helping them meanwhile.
     void waitForSlaves(int blockNumber);
     // One job for a block that claimed this process while it waited.

@@ -87,7 +87,10 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
             splitBlock& block = shared->splitBlocks[n];
             if (peek(block.owner) != freeSplitBlock && !abandonedBlock(n)) continue;
             lockGuard held(process->splitBlockMutex[n]);
-            if (block.owner != freeSplitBlock && !abandonedBlock(n)) continue;
+            if (block.owner != freeSplitBlock) {
+                if (!abandonedBlock(n)) continue;
+                countBlocksInUse(-1);
+            }
             memcpy(block.moves, moves, count * sizeof moves[0]);
             memcpy(block.moves + 100, moves + 100, count * sizeof moves[0]);
             block.moves[count] = 0;
@@ -108,8 +111,11 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
             for (int i = 0; i < claimedCount; i++) block.workingMask |= 1 << claimed[i];
             for (int i = 0; i < claimedCount; i++) shared->assignedSplitBlock[claimed[i]] = n;
             blockNumber = n;
+            shared->counters.splits++;
+            countBlocksInUse(1);
         }
         if (blockNumber == 0 && claimedCount > 0) {
+            shared->counters.noBlock++;
             printInfo("WARNING: No splitblock available!\n");
             for (int i = 0; i < claimedCount; i++) shared->processState[claimed[i]] = processIdle;
         }
@@ -195,8 +201,17 @@ bool searchtree::closeSplitBlock(int blockNumber, int sbNum) {
 }
 
 void searchtree::releaseSplitBlock(int blockNumber) {
-    lockGuard held(process->splitBlockMutex[blockNumber]);
-    shared->splitBlocks[blockNumber].owner = freeSplitBlock;
+    {
+        lockGuard held(process->splitBlockMutex[blockNumber]);
+        shared->splitBlocks[blockNumber].owner = freeSplitBlock;
+    }
+    countBlocksInUse(-1);
+}
+
+void searchtree::countBlocksInUse(int change) {
+    const int inUse = std::atomic_ref<int32_t>(shared->counters.blocksInUse).fetch_add(change) + change;
+    std::atomic_ref<int32_t> peak(shared->counters.blocksPeak);
+    for (int seen = peak.load(); inUse > seen && !peak.compare_exchange_weak(seen, inUse);) {}
 }
 
 void searchtree::helpWhileWaiting(int blockNumber) {
@@ -250,6 +265,7 @@ void searchtree::waitForSlaves(int blockNumber) {
         if (dropLostProcesses(blockNumber) || clock::now() < deadline) continue;
         printInfo("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
         lockGuard mt(mutex::mt);
+        shared->counters.timeouts++;
         shared->processState[processSlot] = processBusy;
         shared->waitingForBlock[processSlot] = 0;
         // A process alive but never back (hung) would cost this wait again
