@@ -92,6 +92,10 @@ private:
     // After the owner's own part: stops the block when it failed high or the
     // search ends, and waits for its slaves. True when it failed high.
     bool closeSplitBlock(int blockNumber, int sbNum);
+    // Finds a free split block (or one left by a dead owner), makes it this
+    // process's and fills it with the node; its number, or 0 when none is free.
+    int takeFreeBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves, int count,
+                      int sbNum);
     void releaseSplitBlock(int blockNumber);
     void countBlocksInUse(int change);
     // Waits until the block's slaves are back, helping them meanwhile.

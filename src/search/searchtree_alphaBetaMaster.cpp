@@ -69,8 +69,16 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
         process->slaveAvailable.set();
         return 0;
     }
+    // Taken and filled before the MT mutex, which is then held for the claims alone.
+    const int blockNumber = takeFreeBlock(lastMove, node, depth, alpha, beta, moves, count, sbNum);
+    if (blockNumber == 0) {
+        std::atomic_ref<int64_t>(shared->counters.noBlock).fetch_add(1);
+        printInfo("WARNING: No splitblock available!\n");
+        return 0;
+    }
+    splitBlock& block = shared->splitBlocks[blockNumber];
     int claimed[maxProcesses], waitingAt[maxProcesses];
-    int claimedCount = 0, blockNumber = 0, lostMask = 0;
+    int claimedCount = 0, lostMask = 0;
     {
         lockGuard mt(mutex::mt);
         for (int p = 0; p < shared->processCount && p < maxProcesses; p++) {
@@ -80,55 +88,59 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
                 continue;
             }
             shared->processState[p] = processBusy;
+            shared->assignedSplitBlock[p] = blockNumber;
+            block.workingMask |= 1 << p;
             waitingAt[claimedCount] = shared->waitingForBlock[p];
             claimed[claimedCount++] = p;
         }
-        for (int n = 2; n < splitBlockCount && blockNumber == 0 && claimedCount > 0; n++) {
-            splitBlock& block = shared->splitBlocks[n];
-            if (peek(block.owner) != freeSplitBlock && !abandonedBlock(n)) continue;
-            lockGuard held(process->splitBlockMutex[n]);
-            if (block.owner != freeSplitBlock) {
-                if (!abandonedBlock(n)) continue;
-                countBlocksInUse(-1);
-            }
-            memcpy(block.moves, moves, count * sizeof moves[0]);
-            memcpy(block.moves + 100, moves + 100, count * sizeof moves[0]);
-            block.moves[count] = 0;
-            block.owner = processSlot;
-            block.depth = depth;
-            block.lastMove = static_cast<uint16_t>(lastMove);
-            block.alpha = alpha;
-            block.beta = beta;
-            block.node.store(node);
-            block.counter = 0;
-            block.stop = 0;
-            block.numSlaves = claimedCount;
-            block.nextMove = 0;
-            block.reducedMoves = 0;
-            block.failHigh = 0;
-            block.parent = sbNum;
-            block.workingMask = 0;
-            for (int i = 0; i < claimedCount; i++) block.workingMask |= 1 << claimed[i];
-            for (int i = 0; i < claimedCount; i++) shared->assignedSplitBlock[claimed[i]] = n;
-            blockNumber = n;
-            shared->counters.splits++;
-            countBlocksInUse(1);
-        }
-        if (blockNumber == 0 && claimedCount > 0) {
-            shared->counters.noBlock++;
-            printInfo("WARNING: No splitblock available!\n");
-            for (int i = 0; i < claimedCount; i++) shared->processState[claimed[i]] = processIdle;
-        }
+        block.numSlaves = claimedCount;
+        if (claimedCount > 0) shared->counters.splits++;
     }
     for (int p = 0; lostMask != 0 && p < maxProcesses; p++)
         if (lostMask >> p & 1) noteLostProcess(p);
-    if (blockNumber == 0) return 0;
+    if (claimedCount == 0) {
+        releaseSplitBlock(blockNumber);
+        return 0;
+    }
     for (int i = 0; i < claimedCount; i++) {
         process->startSlave[claimed[i]].set();
         // An owner waiting for its own block sleeps on that block's event.
         if (waitingAt[i] != 0) process->splitBlockReady[waitingAt[i]].set();
     }
     return blockNumber;
+}
+
+int searchtree::takeFreeBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves,
+                              int count, int sbNum) {
+    for (int n = 2; n < splitBlockCount; n++) {
+        splitBlock& block = shared->splitBlocks[n];
+        if (peek(block.owner) != freeSplitBlock && !abandonedBlock(n)) continue;
+        lockGuard held(process->splitBlockMutex[n]);
+        if (block.owner != freeSplitBlock) {
+            if (!abandonedBlock(n)) continue;  // taken meanwhile
+            countBlocksInUse(-1);
+        }
+        memcpy(block.moves, moves, count * sizeof moves[0]);
+        memcpy(block.moves + 100, moves + 100, count * sizeof moves[0]);
+        block.moves[count] = 0;
+        block.owner = processSlot;
+        block.depth = depth;
+        block.lastMove = static_cast<uint16_t>(lastMove);
+        block.alpha = alpha;
+        block.beta = beta;
+        block.node.store(node);
+        block.counter = 0;
+        block.stop = 0;
+        block.numSlaves = 0;
+        block.nextMove = 0;
+        block.reducedMoves = 0;
+        block.failHigh = 0;
+        block.parent = sbNum;
+        block.workingMask = 0;
+        countBlocksInUse(1);
+        return n;
+    }
+    return 0;
 }
 
 void searchtree::stopBlock(int blockNumber) {
@@ -324,7 +336,8 @@ int searchtree::alphaBetaMaster(int blockNumber, int lastMove, board& node, int 
 }
 
 int searchtree::searchRootMovesTogether(const board& root, int depth, int from, int best) {
-    if (process == nullptr || shared->processCount < 2 || !process->slaveAvailable.wait(0)) return 0;
+    if (process == nullptr || shared->processCount < 2 || !(process->slaveAvailable.wait(0) || otherProcessIdle()))
+        return 0;
     // The root's block: one ply more than its children, no last move.
     const int blockNumber = openSplitBlock(0, root, depth + 1, best, mateScore, rootList.moves + from, 0);
     if (blockNumber == 0) return 0;
