@@ -76,6 +76,9 @@ int searchtree::rootSearch(const board& position) {
     counters.splits = counters.mtWaits = counters.timeouts = counters.noBlock = 0;
     counters.blocksPeak = counters.blocksInUse;  // blocks of a dead helper may wait to be taken again
     shared->processState[processSlot] = processBusy;
+    // A helper that died between searches is noted now, not at its first claim.
+    for (int p = 1; process != nullptr && p < shared->processCount && p < maxProcesses; p++)
+        if (!shared->processLost[p] && shared->lifelines[p].cut()) noteLostProcess(p);
     board root = position;
     root.rootPly = root.ply;
     shared->rootPosition.store(root);
