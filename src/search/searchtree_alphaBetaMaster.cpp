@@ -87,9 +87,11 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
                 lostMask |= 1 << p;
                 continue;
             }
-            shared->processState[p] = processBusy;
+            // In this order: a claimer that dies in between leaves the process
+            // either unclaimed or on its block, where its death sends it.
             shared->assignedSplitBlock[p] = blockNumber;
             block.workingMask |= 1 << p;
+            shared->processState[p] = processBusy;
             waitingAt[claimedCount] = shared->waitingForBlock[p];
             claimed[claimedCount++] = p;
         }
