@@ -15,9 +15,12 @@
 #     -l LOCKFILE  run every pair under an exclusive flock of LOCKFILE
 #     -o FILE      per-run figures (default: a temporary file)
 # Prints one line per position (depth, both times in ms, both node counts,
-# ratio) and the summary: median and mean time ratio (1 process / 2), the
-# node ratio (2 / 1) and both node rates. Calibrated depths are printed as
-# "sd N;" lines that can be fed back as the EPD file.
+# ratio) and the summary: median and mean time ratio (1 process / several),
+# the node ratio (several / 1: the search overhead), both node rates and,
+# from the parallel runs' statistics lines, the peak of split blocks in use,
+# waits on the MT mutex per second, shares given up for want of a block and
+# time-outs. Calibrated depths are printed as "sd N;" lines that can be fed
+# back as the EPD file.
 set -euo pipefail
 
 count=100000 rounds=1 fixedDepth="" minMs=500 slaves=1 lock="" out=""
@@ -47,9 +50,10 @@ export work engine slaves
 [[ -n $out ]] || out=$work/runs
 : > "$out"
 
-# One search to the given depth on the given cores: prints "milliseconds nodes".
+# One search to the given depth on the given cores: prints "milliseconds nodes
+# peak-blocks MT-waits no-free-block time-outs" (the last four 0 alone).
 search() {
-    local fen=$1 depth=$2 processes=$3 cores=$4 line ms=0 nodes=0
+    local fen=$1 depth=$2 processes=$3 cores=$4 line ms=0 nodes=0 stats="0 0 0 0"
     mkdir -p "$work/$processes"
     printf 'pref:MAXPROCESSES=%d\n' "$processes" > "$work/$processes/talvin init.ini"
     coproc ENGINE { cd "$work/$processes" && exec taskset -c "$cores" "$engine" 2>&1; }
@@ -59,12 +63,15 @@ search() {
         case $line in
             *"total time elapsed="*) ms=${line##*= } ;;
             Nodes=*) nodes=${line#Nodes=} ;;
+            splits=*)
+                stats=$(echo "$line" | sed 's/.*peak=\([0-9]*\) MT waits=\([0-9]*\).*block=\([0-9]*\) time-outs=\([0-9]*\).*/\1 \2 \3 \4/')
+                ;;
             "move "*) break ;;
         esac
     done
     printf 'quit\n' >&"${ENGINE[1]}"
     wait "$ENGINE_PID" 2>/dev/null || true
-    echo "$ms $nodes"
+    echo "$ms $nodes $stats"
 }
 
 # Runs a command or one of the functions here, under the lock when there is one.
@@ -74,15 +81,15 @@ locked() {
 
 # Both runs of one pair, the one-process run first when first is 1.
 pair() {
-    local fen=$1 depth=$2 first=$3 core=$4 t1 n1 t2 n2
+    local fen=$1 depth=$2 first=$3 core=$4 t1 n1 t2 n2 stats
     if (( first )); then
-        read -r t1 n1 < <(search "$fen" "$depth" 0 "$core")
-        read -r t2 n2 < <(search "$fen" "$depth" "$slaves" 0,1)
+        read -r t1 n1 _ < <(search "$fen" "$depth" 0 "$core")
+        read -r t2 n2 stats < <(search "$fen" "$depth" "$slaves" 0,1)
     else
-        read -r t2 n2 < <(search "$fen" "$depth" "$slaves" 0,1)
-        read -r t1 n1 < <(search "$fen" "$depth" 0 "$core")
+        read -r t2 n2 stats < <(search "$fen" "$depth" "$slaves" 0,1)
+        read -r t1 n1 _ < <(search "$fen" "$depth" 0 "$core")
     fi
-    echo "$t1 $n1 $t2 $n2"
+    echo "$t1 $n1 $t2 $n2 $stats"
 }
 
 export -f search pair
@@ -117,8 +124,8 @@ for ((round = 0; round < rounds; round++)); do
         fen=$(cat "$work/fen.$i")
         first=$(( (round + i) % 2 ))
         core=$(( (round / 2 + i) % 2 ))
-        read -r t1 n1 t2 n2 < <(locked pair "$fen" "$depth" "$first" "$core")
-        echo "$i $depth $t1 $n1 $t2 $n2" >> "$out"
+        read -r t1 n1 t2 n2 stats < <(locked pair "$fen" "$depth" "$first" "$core")
+        echo "$i $depth $t1 $n1 $t2 $n2 $stats" >> "$out"
         printf '%3d d%-2d %6d ms %10d nodes | %6d ms %10d nodes | %.2f  %s\n' \
             "$i" "$depth" "$t1" "$n1" "$t2" "$n2" "$(awk -v a="$t1" -v b="$t2" 'BEGIN {print (b > 0 ? a / b : 0)}')" "$fen"
     done < "$work/depths"
@@ -128,16 +135,21 @@ done
 # Per position: the summed times and nodes of its rounds.
 awk '{t1[$1] += $3; n1[$1] += $4; t2[$1] += $5; n2[$1] += $6}
      END {for (i in t1) print t1[i], n1[i], t2[i], n2[i]}' "$out" > "$work/sums"
-awk '{print $1 / ($3 > 0 ? $3 : 1)}' "$work/sums" | sort -g | awk '
+awk '{print $1 / ($3 > 0 ? $3 : 1)}' "$work/sums" | sort -g | awk -v p=$((slaves + 1)) '
     {a[NR] = $1; sum += $1}
     END {
         m = NR % 2 ? a[(NR + 1) / 2] : (a[NR / 2] + a[NR / 2 + 1]) / 2
         printf "positions %d, rounds %d\n", NR, '"$rounds"'
-        printf "median speed-up (time with 1 process / time with 2): %.2f\n", m
+        printf "median speed-up (time with 1 process / time with %d): %.2f\n", p, m
         printf "mean speed-up: %.2f\n", sum / NR
     }'
-awk '{t1 += $1; n1 += $2; t2 += $3; n2 += $4}
+awk -v p=$((slaves + 1)) '{t1 += $1; n1 += $2; t2 += $3; n2 += $4}
      END {
-        printf "node ratio (nodes with 2 / nodes with 1): %.2f\n", n2 / n1
-        printf "nodes per second: 1 process %d, 2 processes %d\n", n1 / t1 * 1000, n2 / t2 * 1000
+        printf "node ratio (nodes with %d / nodes with 1): %.2f\n", p, n2 / n1
+        printf "nodes per second: 1 process %d, %d processes %d\n", n1 / t1 * 1000, p, n2 / t2 * 1000
      }' "$work/sums"
+awk '{t += $5; if ($7 > peak) peak = $7; waits += $8; noBlock += $9; timeouts += $10}
+     END {
+        printf "split blocks in use at most %d; MT mutex waits %.1f per second; no free block %d; time-outs %d\n",
+            peak, waits / (t > 0 ? t : 1) * 1000, noBlock, timeouts
+     }' "$out"

@@ -8,6 +8,7 @@
 #include "settings/settingsFile.h"
 
 void game::watchSearchProcess(int waitedMs, int boundMs) {
+    reapEndedHelpers();  // a helper that died is noted by the searching processes
     if (searchProcessAlive() && waitedMs <= boundMs) return;
     // Restarting it would mean making every shared object anew, and the
     // names are gone: the engine ends cleanly instead and says why.
@@ -46,6 +47,7 @@ game::game(const char* instance)
     shared->enable_EGTB = shared->enable_NMP = shared->enable_LMP = 1;
     shared->enable_FUTPRUN = shared->enable_EXTENTIONS = shared->enable_BOOK = 1;
     for (splitBlock& block : shared->splitBlocks) block.owner = freeSplitBlock;
+    for (lifeline& line : shared->lifelines) line.init();
     char name[160];
     objectName(name, sizeof name, "handleStartSearch", instance);
     startSearch.create(name);

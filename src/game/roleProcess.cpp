@@ -17,6 +17,7 @@ int runRoleProcess(int number, const std::function<int(sharedData&, searchProces
     sharedDataMapping sharedOwner(instance, true);
     if (sharedOwner.data == nullptr) return 1;
     sharedData& shared = *sharedOwner.data;
+    mutex::mt.waitCounter = &shared.counters.mtWaits;
     // The search process makes the events and split-block mutexes, the slaves open them.
     searchProcess process(instance, number, shared.processCount, true, number != 0);
     board position(&shared.killers);
@@ -24,6 +25,12 @@ int runRoleProcess(int number, const std::function<int(sharedData&, searchProces
     searchtree tree(&shared, &process.table, number, process.printInvertedScore != 0);
     tree.process = &process;
     if (process.tablebases->probeLimit > 0) tree.tablebases = process.tablebases.get();
+    // Held until this process ends: the others learn of its death from it.
+    shared.lifelines[number].hold();
     announceReady(&shared.processesReady);
-    return run(shared, process, position, tree);
+    const int status = run(shared, process, position, tree);
+    // A held lock must not outlive its memory: the C library keeps it on a list it walks at every lock.
+    shared.lifelines[number].release();
+    mutex::mt.waitCounter = nullptr;
+    return status;
 }

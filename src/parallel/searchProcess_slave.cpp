@@ -45,10 +45,7 @@ void searchProcess::helpWithBlock(searchtree& tree, sharedData& shared, int b) {
         shared.nodeTotals[1] += tree.nodes[1];
         tree.nodes[0] = tree.nodes[1] = 0;
     }
-    {
-        lockGuard held(lock);
-        block.numSlaves--;
-    }
+    block.leave(lock, n);
     splitBlockReady[b].set();
     slaveAvailable.set();
 }

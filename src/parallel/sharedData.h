@@ -8,6 +8,7 @@
 #include "eval/evalWeights.h"
 #include "game/chessclock.h"
 #include "game/timer.h"
+#include "platform/lifeline.h"
 #include "platform/mutex.h"
 #include "platform/namedMapping.h"
 #include "platform/processLauncher.h"
@@ -53,17 +54,35 @@ struct splitBlock {
     int32_t reducedMoves;
     int32_t failHigh;
     int32_t parent;       // block of the node that split, 0 for none
-    int32_t claimedMask;  // bit p: process slot p was claimed for the block
+    int32_t workingMask;  // bit p: process slot p was claimed for the block and is not back yet
+    int8_t takenBy[100];  // process slot that took the move at that index
 
     // The block's side of the split protocol, for its owner and its slaves
     // alike; lock is the block's own mutex.
-    // Hands out the next move (0 at the end of the list) and marks it taken
-    // with the block's alpha; index says where it was read.
-    int takeMove(namedMutex& lock, int& index);
+    // Hands out the next move (0 at the end of the list) to process slot
+    // taker and marks it taken with the block's alpha; index says where it
+    // was read.
+    int takeMove(namedMutex& lock, int& index, int taker);
     // How a taken move ended: notSearchedMark (it beat alpha; also raises the
     // fail-high flag) or abandonedMark.
     void markResult(namedMutex& lock, int index, int mark);
     void countReducedMove(namedMutex& lock);
+    // A slave's last step: it is back from the block.
+    void leave(namedMutex& lock, int slot);
+    // Takes a process that died on the block off it; the move it had in hand
+    // is marked abandoned, to be searched again. False when it was not on it.
+    bool dropLostProcess(namedMutex& lock, int slot);
+};
+
+// How the parallel search went, for its statistics line; counted by the
+// processes that share nodes only, so a single process pays nothing.
+struct parallelCounters {
+    int64_t splits;    // nodes shared
+    int64_t mtWaits;   // takes of the MT mutex that found it held
+    int64_t timeouts;  // waits for a block's slaves that ran out
+    int64_t noBlock;   // shares given up for want of a free block
+    int32_t blocksInUse;
+    int32_t blocksPeak;
 };
 
 // The record every engine process maps: search clock, killer table, game
@@ -114,9 +133,11 @@ struct sharedData {
     int32_t processState[maxProcesses];  // processIdle: available for a split; processBusy
     int32_t assignedSplitBlock[maxProcesses];
     int32_t waitingForBlock[maxProcesses];  // block an owner waits for while idle, 0 none: a claim wakes it there
-    int32_t processLost[maxProcesses];      // claimed and never back: not claimed again
+    int32_t processLost[maxProcesses];      // died or never came back from a block: not claimed again
+    lifeline lifelines[maxProcesses];       // held by each role process while it lives
     int32_t runFlag;
     int64_t nodeTotals[2];              // alphaBeta nodes, quiescence nodes
+    parallelCounters counters;          // cleared at the start of every search
     int32_t processesReady;             // role processes that have opened every object
     publishedEvalWeights tunedWeights;  // the tuner's weights, for the slaves
 };

@@ -61,10 +61,15 @@ void mutex::init(const char* instance, bool openInstead, int retryMs) {
 
 static int timedLock(namedMutex& handle, int timeoutMs) {
     if (!handle.valid()) return EINVAL;
-    const timespec deadline = monotonicDeadline(timeoutMs);
-    const int result = pthread_mutex_clocklock(handle.lock(), CLOCK_MONOTONIC, &deadline);
+    int result = handle.waitCounter ? pthread_mutex_trylock(handle.lock()) : EBUSY;
+    const bool waited = result == EBUSY;
+    if (waited) {
+        const timespec deadline = monotonicDeadline(timeoutMs);
+        result = pthread_mutex_clocklock(handle.lock(), CLOCK_MONOTONIC, &deadline);
+    }
     // Like an abandoned Win32 mutex, the lock now belongs to this waiter.
     if (result == EOWNERDEAD) pthread_mutex_consistent(handle.lock());
+    if (waited && handle.waitCounter && (result == 0 || result == EOWNERDEAD)) ++*handle.waitCounter;
     return result;
 }
 

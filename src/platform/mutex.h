@@ -2,6 +2,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <cstdint>
 
 #include "platform/namedMapping.h"
 
@@ -16,6 +17,9 @@ public:
         pthread_mutex_t lock;
     };
     namedMapping mapping;
+    // When set, every wait for the mutex that found it held counts here
+    // (written while holding the mutex).
+    int64_t* waitCounter = nullptr;
 
     bool create(const char* name);
     bool open(const char* name);

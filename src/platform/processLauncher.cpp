@@ -90,6 +90,11 @@ bool searchProcessAlive() {
     return !searchProcessGone;
 }
 
+void reapEndedHelpers() {
+    for (int i = 1; i < roleCount; i++)
+        if (rolePids[i] > 0 && waitpid(rolePids[i], nullptr, WNOHANG) == rolePids[i]) rolePids[i] = 0;
+}
+
 void killSearchProcess() {
     if (!searchProcessGone) kill(rolePids[0], SIGKILL);
 }

@@ -25,6 +25,8 @@ void announceReady(int32_t* readyCount);
 
 // False once the search process (role 0) has ended or never started.
 bool searchProcessAlive();
+// Reaps the helpers (roles 1..9) that have ended, so none lingers as a zombie.
+void reapEndedHelpers();
 // For a search process that hangs.
 void killSearchProcess();
 // Waits at most boundMs for the started processes to end, reaping them.

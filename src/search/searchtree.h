@@ -92,7 +92,12 @@ private:
     // After the owner's own part: stops the block when it failed high or the
     // search ends, and waits for its slaves. True when it failed high.
     bool closeSplitBlock(int blockNumber, int sbNum);
+    // Finds a free split block (or one left by a dead owner), makes it this
+    // process's and fills it with the node; its number, or 0 when none is free.
+    int takeFreeBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves, int count,
+                      int sbNum);
     void releaseSplitBlock(int blockNumber);
+    void countBlocksInUse(int change);
     // Waits until the block's slaves are back, helping them meanwhile.
     void waitForSlaves(int blockNumber);
     // One job for a block that claimed this process while it waited.
@@ -101,6 +106,15 @@ private:
     void stopBlock(int blockNumber);
     // Stops the watched blocks in which a slave's move has beaten alpha.
     void stopFailedBlocks();
+    // A claimed slave's death is looked for this often while its owner waits.
+    static constexpr int lifelineCheckMs = 10;
+    // A block whose owner has died and on which no live process works.
+    bool abandonedBlock(int blockNumber);
+    // Process p has died (or never came back): it is not claimed again, its
+    // blocks are stopped, and the engine says so, once.
+    void noteLostProcess(int p);
+    // Takes the dead processes off the block; true when there were any.
+    bool dropLostProcesses(int blockNumber);
     // True when another process is idle: one back from a block is idle a
     // moment before it signals so, and a node that missed the signal would
     // go on alone until its next move is searched.

@@ -1,5 +1,6 @@
 #include <sched.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -14,7 +15,9 @@
 namespace {
 
 // Read while other processes write it under a lock.
-inline int32_t peek(int32_t& field) { return std::atomic_ref<int32_t>(field).load(std::memory_order_relaxed); }
+inline int32_t peek(const int32_t& field) {
+    return std::atomic_ref<int32_t>(const_cast<int32_t&>(field)).load(std::memory_order_relaxed);
+}
 
 }  // namespace
 
@@ -27,7 +30,8 @@ void searchtree::searchBlockMoves(int b, const board& node, int depth, int alpha
     const bool watched = owner && watchedBlockCount < maxWatchedBlocks;
     if (watched) watchedBlocks[watchedBlockCount++] = b;
     int index;
-    for (int move = block.takeMove(lock, index); move != 0; move = block.takeMove(lock, index)) {
+    for (int move = block.takeMove(lock, index, processSlot); move != 0;
+         move = block.takeMove(lock, index, processSlot)) {
         if (rootFrom >= 0) announceRootMove(rootFrom + index);
         board child = node;
         child.makeMove(move);
@@ -65,47 +69,40 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
         process->slaveAvailable.set();
         return 0;
     }
+    // Taken and filled before the MT mutex, which is then held for the claims alone.
+    const int blockNumber = takeFreeBlock(lastMove, node, depth, alpha, beta, moves, count, sbNum);
+    if (blockNumber == 0) {
+        std::atomic_ref<int64_t>(shared->counters.noBlock).fetch_add(1);
+        printInfo("WARNING: No splitblock available!\n");
+        return 0;
+    }
+    splitBlock& block = shared->splitBlocks[blockNumber];
     int claimed[maxProcesses], waitingAt[maxProcesses];
-    int claimedCount = 0, blockNumber = 0;
+    int claimedCount = 0, lostMask = 0;
     {
         lockGuard mt(mutex::mt);
         for (int p = 0; p < shared->processCount && p < maxProcesses; p++) {
             if (p == processSlot || shared->processState[p] != processIdle || shared->processLost[p]) continue;
+            if (shared->lifelines[p].cut()) {
+                lostMask |= 1 << p;
+                continue;
+            }
+            // In this order: a claimer that dies in between leaves the process
+            // either unclaimed or on its block, where its death sends it.
+            shared->assignedSplitBlock[p] = blockNumber;
+            block.workingMask |= 1 << p;
             shared->processState[p] = processBusy;
             waitingAt[claimedCount] = shared->waitingForBlock[p];
             claimed[claimedCount++] = p;
         }
-        if (claimedCount == 0) return 0;
-        for (int n = 2; n < splitBlockCount && blockNumber == 0; n++) {
-            lockGuard held(process->splitBlockMutex[n]);
-            splitBlock& block = shared->splitBlocks[n];
-            if (block.owner != freeSplitBlock) continue;
-            memcpy(block.moves, moves, count * sizeof moves[0]);
-            memcpy(block.moves + 100, moves + 100, count * sizeof moves[0]);
-            block.moves[count] = 0;
-            block.owner = processSlot;
-            block.depth = depth;
-            block.lastMove = static_cast<uint16_t>(lastMove);
-            block.alpha = alpha;
-            block.beta = beta;
-            block.node.store(node);
-            block.counter = 0;
-            block.stop = 0;
-            block.numSlaves = claimedCount;
-            block.nextMove = 0;
-            block.reducedMoves = 0;
-            block.failHigh = 0;
-            block.parent = sbNum;
-            block.claimedMask = 0;
-            for (int i = 0; i < claimedCount; i++) block.claimedMask |= 1 << claimed[i];
-            for (int i = 0; i < claimedCount; i++) shared->assignedSplitBlock[claimed[i]] = n;
-            blockNumber = n;
-        }
-        if (blockNumber == 0) {
-            printInfo("WARNING: No splitblock available!\n");
-            for (int i = 0; i < claimedCount; i++) shared->processState[claimed[i]] = processIdle;
-            return 0;
-        }
+        block.numSlaves = claimedCount;
+        if (claimedCount > 0) shared->counters.splits++;
+    }
+    for (int p = 0; lostMask != 0 && p < maxProcesses; p++)
+        if (lostMask >> p & 1) noteLostProcess(p);
+    if (claimedCount == 0) {
+        releaseSplitBlock(blockNumber);
+        return 0;
     }
     for (int i = 0; i < claimedCount; i++) {
         process->startSlave[claimed[i]].set();
@@ -115,12 +112,85 @@ int searchtree::openSplitBlock(int lastMove, const board& node, int depth, int a
     return blockNumber;
 }
 
+int searchtree::takeFreeBlock(int lastMove, const board& node, int depth, int alpha, int beta, const uint16_t* moves,
+                              int count, int sbNum) {
+    for (int n = 2; n < splitBlockCount; n++) {
+        splitBlock& block = shared->splitBlocks[n];
+        if (peek(block.owner) != freeSplitBlock && !abandonedBlock(n)) continue;
+        lockGuard held(process->splitBlockMutex[n]);
+        if (block.owner != freeSplitBlock) {
+            if (!abandonedBlock(n)) continue;  // taken meanwhile
+            countBlocksInUse(-1);
+        }
+        memcpy(block.moves, moves, count * sizeof moves[0]);
+        memcpy(block.moves + 100, moves + 100, count * sizeof moves[0]);
+        block.moves[count] = 0;
+        block.owner = processSlot;
+        block.depth = depth;
+        block.lastMove = static_cast<uint16_t>(lastMove);
+        block.alpha = alpha;
+        block.beta = beta;
+        block.node.store(node);
+        block.counter = 0;
+        block.stop = 0;
+        block.numSlaves = 0;
+        block.nextMove = 0;
+        block.reducedMoves = 0;
+        block.failHigh = 0;
+        block.parent = sbNum;
+        block.workingMask = 0;
+        countBlocksInUse(1);
+        return n;
+    }
+    return 0;
+}
+
 void searchtree::stopBlock(int blockNumber) {
     shared->splitBlocks[blockNumber].stop = 1;
     for (int n = 2; n < splitBlockCount; n++)
         if (shared->splitBlocks[n].owner != freeSplitBlock && shared->splitBlocks[n].parent == blockNumber &&
             !shared->splitBlocks[n].stop)
             stopBlock(n);
+}
+
+bool searchtree::abandonedBlock(int blockNumber) {
+    const splitBlock& block = shared->splitBlocks[blockNumber];
+    const int owner = peek(block.owner);
+    if (owner < 0 || owner >= maxProcesses || !shared->processLost[owner] || !shared->lifelines[owner].cut())
+        return false;
+    for (int p = 0; p < maxProcesses; p++)
+        if (peek(block.workingMask) >> p & 1 && !shared->lifelines[p].cut()) return false;
+    return true;
+}
+
+void searchtree::noteLostProcess(int p) {
+    {
+        lockGuard mt(mutex::mt);
+        if (shared->processLost[p]) return;
+        shared->processLost[p] = 1;
+    }
+    // Its own blocks have nobody to collect them: their slaves come back at
+    // once, those claimed but not yet woken too, and the blocks are taken
+    // again once nobody alive works on them.
+    for (int n = 2; n < splitBlockCount; n++) {
+        const splitBlock& orphan = shared->splitBlocks[n];
+        if (peek(orphan.owner) != p) continue;
+        stopBlock(n);
+        for (int q = 0; q < maxProcesses; q++)
+            if (orphan.workingMask >> q & 1 && peek(shared->assignedSplitBlock[q]) == n) process->startSlave[q].set();
+    }
+    printInfo("%sHelper process %d has stopped; the search goes on without it\n", uciOutput() ? "" : "# ", p);
+}
+
+bool searchtree::dropLostProcesses(int blockNumber) {
+    splitBlock& block = shared->splitBlocks[blockNumber];
+    bool dropped = false;
+    for (int p = 0; p < maxProcesses; p++) {
+        if (!(peek(block.workingMask) >> p & 1) || !shared->lifelines[p].cut()) continue;
+        noteLostProcess(p);
+        dropped |= block.dropLostProcess(process->splitBlockMutex[blockNumber], p);
+    }
+    return dropped;
 }
 
 bool searchtree::otherProcessIdle() const {
@@ -145,8 +215,17 @@ bool searchtree::closeSplitBlock(int blockNumber, int sbNum) {
 }
 
 void searchtree::releaseSplitBlock(int blockNumber) {
-    lockGuard held(process->splitBlockMutex[blockNumber]);
-    shared->splitBlocks[blockNumber].owner = freeSplitBlock;
+    {
+        lockGuard held(process->splitBlockMutex[blockNumber]);
+        shared->splitBlocks[blockNumber].owner = freeSplitBlock;
+    }
+    countBlocksInUse(-1);
+}
+
+void searchtree::countBlocksInUse(int change) {
+    const int inUse = std::atomic_ref<int32_t>(shared->counters.blocksInUse).fetch_add(change) + change;
+    std::atomic_ref<int32_t> peak(shared->counters.blocksPeak);
+    for (int seen = peak.load(); inUse > seen && !peak.compare_exchange_weak(seen, inUse);) {}
 }
 
 void searchtree::helpWhileWaiting(int blockNumber) {
@@ -174,7 +253,7 @@ void searchtree::waitForSlaves(int blockNumber) {
         {
             lockGuard mt(mutex::mt);
             assigned = shared->assignedSplitBlock[processSlot];
-            const bool done = assigned == 0 && block.numSlaves <= 0;
+            const bool done = assigned == 0 && block.workingMask == 0;
             // Said again at every round: a wait nested in a job helped meanwhile has cleared it.
             if (assigned == 0) shared->waitingForBlock[processSlot] = done ? 0 : blockNumber;
             if (done) {
@@ -189,21 +268,24 @@ void searchtree::waitForSlaves(int blockNumber) {
         }
         // The last slave is usually close: watch before sleeping.
         const auto spinEnd = clock::now() + std::chrono::microseconds(wakeSpinUs);
-        while (peek(block.numSlaves) > 0 && peek(shared->assignedSplitBlock[processSlot]) == 0 &&
+        while (peek(block.workingMask) != 0 && peek(shared->assignedSplitBlock[processSlot]) == 0 &&
                clock::now() < spinEnd)
             sched_yield();
-        if (peek(block.numSlaves) <= 0 || peek(shared->assignedSplitBlock[processSlot]) != 0) continue;
+        if (peek(block.workingMask) == 0 || peek(shared->assignedSplitBlock[processSlot]) != 0) continue;
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - clock::now()).count();
-        if (left > 0 && process->splitBlockReady[blockNumber].wait(static_cast<int>(left))) continue;
-        if (clock::now() < deadline) continue;
+        const int slice = static_cast<int>(std::min<long long>(left, lifelineCheckMs));
+        if (slice > 0 && process->splitBlockReady[blockNumber].wait(slice)) continue;
+        // A slave that died never signals: its lifeline says so.
+        if (dropLostProcesses(blockNumber) || clock::now() < deadline) continue;
         printInfo("Timeout sbNum=%d num=%d\n", blockNumber, block.numSlaves);
         lockGuard mt(mutex::mt);
+        shared->counters.timeouts++;
         shared->processState[processSlot] = processBusy;
         shared->waitingForBlock[processSlot] = 0;
-        // A process that never came back (killed, most likely) would cost
-        // this wait again at every split.
+        // A process alive but never back (hung) would cost this wait again
+        // at every split.
         for (int p = 0; p < maxProcesses; p++)
-            if (block.claimedMask >> p & 1 && shared->processState[p] == processBusy) shared->processLost[p] = 1;
+            if (block.workingMask >> p & 1) shared->processLost[p] = 1;
         return;
     }
 }
@@ -256,7 +338,8 @@ int searchtree::alphaBetaMaster(int blockNumber, int lastMove, board& node, int 
 }
 
 int searchtree::searchRootMovesTogether(const board& root, int depth, int from, int best) {
-    if (process == nullptr || shared->processCount < 2 || !process->slaveAvailable.wait(0)) return 0;
+    if (process == nullptr || shared->processCount < 2 || !(process->slaveAvailable.wait(0) || otherProcessIdle()))
+        return 0;
     // The root's block: one ply more than its children, no last move.
     const int blockNumber = openSplitBlock(0, root, depth + 1, best, mateScore, rootList.moves + from, 0);
     if (blockNumber == 0) return 0;

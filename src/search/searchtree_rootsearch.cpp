@@ -72,7 +72,13 @@ int searchtree::rootSearch(const board& position) {
     shared->killers.reset();
     nodes[0] = nodes[1] = 0;
     shared->nodeTotals[0] = shared->nodeTotals[1] = 0;
+    parallelCounters& counters = shared->counters;
+    counters.splits = counters.mtWaits = counters.timeouts = counters.noBlock = 0;
+    counters.blocksPeak = counters.blocksInUse;  // blocks of a dead helper may wait to be taken again
     shared->processState[processSlot] = processBusy;
+    // A helper that died between searches is noted now, not at its first claim.
+    for (int p = 1; process != nullptr && p < shared->processCount && p < maxProcesses; p++)
+        if (!shared->processLost[p] && shared->lifelines[p].cut()) noteLostProcess(p);
     board root = position;
     root.rootPly = root.ply;
     shared->rootPosition.store(root);
@@ -195,6 +201,13 @@ int searchtree::rootSearch(const board& position) {
     if (elapsed > 0)
         append(statistics, sizeof statistics, " average speed= %lld.kNPS  total time elapsed= %d\n", total / elapsed,
                elapsed);
+    if (shared->processCount > 1)
+        append(statistics, sizeof statistics,
+               " splits=%lld blocks in use=%d peak=%d MT waits=%lld (%lld/s) no free block=%lld time-outs=%lld\n",
+               static_cast<long long>(counters.splits), counters.blocksInUse, counters.blocksPeak,
+               static_cast<long long>(counters.mtWaits),
+               elapsed > 0 ? static_cast<long long>(counters.mtWaits) * 1000 / elapsed : 0LL,
+               static_cast<long long>(counters.noBlock), static_cast<long long>(counters.timeouts));
     append(statistics, sizeof statistics, " foundmove=%s\n\n", text);
     printInfo("%s", statistics);
     return bestMove;

@@ -24,7 +24,7 @@ TEST(SplitBlock, HandsOutEachMoveOnceAndMarksHowItEnded) {
     // Taken: marked with the block's alpha. The end of the list goes to every later taker.
     for (int i = 0; i < 5; i++) {
         int index = -1;
-        EXPECT_EQ(block->takeMove(lock, index), moves[std::min(i, 3)]);
+        EXPECT_EQ(block->takeMove(lock, index, 1 + i % 2), moves[std::min(i, 3)]);
         EXPECT_EQ(index, std::min(i, 3));
         EXPECT_EQ(slot(index), -35);
     }
@@ -37,5 +37,21 @@ TEST(SplitBlock, HandsOutEachMoveOnceAndMarksHowItEnded) {
     EXPECT_EQ(block->failHigh, 1);  // only a move that beat alpha raises it
     block->countReducedMove(lock);
     EXPECT_EQ(block->reducedMoves, 1);
+
+    // Slot 1 took moves 0 and 2, slot 2 move 1, slot 3 none. A slave that dies on the block leaves it with
+    // the move it had in hand abandoned, but a fail-high mark stays; one that left is not on it any more.
+    block->workingMask = 0b1110;
+    block->numSlaves = 3;
+    block->moves[moveScoreSlot + 2] = static_cast<uint16_t>(-35);
+    block->markResult(lock, 1, notSearchedMark);
+    block->leave(lock, 3);
+    EXPECT_FALSE(block->dropLostProcess(lock, 3));
+    EXPECT_TRUE(block->dropLostProcess(lock, 2));
+    EXPECT_EQ(slot(1), notSearchedMark);
+    EXPECT_TRUE(block->dropLostProcess(lock, 1));
+    EXPECT_EQ(slot(2), abandonedMark);
+    EXPECT_FALSE(block->dropLostProcess(lock, 1));
+    EXPECT_EQ(block->workingMask, 0);
+    EXPECT_EQ(block->numSlaves, 0);
     shm_unlink(name.c_str());
 }
