@@ -11,6 +11,7 @@
 // written, after every round that lowers it, to FILE (default
 // fitted_weights.txt) in the format "pref:weights-file=" reads.
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -98,9 +99,11 @@ int main(int argc, char** argv) {
     const evalWeightList start = evalWeights;
     evalFit fit(std::move(fitSet), std::move(holdOut), kind, threads);
     if (!only.empty()) fit.fitOnly(only);
+    const auto started = std::chrono::steady_clock::now();
     const evalWeightList best = fit.run(rounds, patience, [&](const evalFit::round& r) {
-        printf("round %d: fit %.4f hold-out %.4f, %d weights moved%s\n", r.number, r.fitError, r.holdOutError,
-               r.changes, r.best ? " (best)" : "");
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+        printf("round %d: fit %.4f hold-out %.4f, %d weights moved%s, %.0f s\n", r.number, r.fitError, r.holdOutError,
+               r.changes, r.best ? " (best)" : "", seconds);
         fflush(stdout);
         if (r.best && !writeEvalWeightsFile(output, evalWeights))
             fprintf(stderr, "talvin-fit: cannot write %s\n", output);

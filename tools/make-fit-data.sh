@@ -17,14 +17,40 @@
 # format of the tuner's reference file), no position in both and none twice,
 # and beside them the positions with their games' results (fit.epd,
 # holdout.epd, operation c9).
+#   make-fit-data.sh -m OUT_DIR DIR...
+# joins sets made earlier into one, with the same rules.
 set -euo pipefail
 export PATH=$PATH:/usr/games
 
 games=7200 parts=4 seed=1 depth=4 randomPlies=2 labelDepth=8
 usage() {
-    sed -n '2,21p' "$0" | sed 's/^# \{0,1\}//' >&2
+    sed -n '2,23p' "$0" | sed 's/^# \{0,1\}//' >&2
     exit 2
 }
+
+# A FEN line and its score line as one line, and back.
+pairs() { awk 'NR % 2 == 1 {fen = $0; next} {print fen "\t" $0}' "$1"; }
+# One copy of each position (the first four FEN fields tell them apart), and
+# none of the hold-out positions in the fit set.
+merge() {
+    local out=$1 directory
+    shift
+    for directory; do pairs "$directory/holdout.txt"; done |
+        awk -F'\t' '{split($1, f, " "); k = f[1] " " f[2] " " f[3] " " f[4]} !seen[k]++' >"$out/holdout.tsv"
+    for directory; do pairs "$directory/fit.txt"; done |
+        awk -F'\t' 'FNR == NR {split($1, f, " "); seen[f[1] " " f[2] " " f[3] " " f[4]] = 1; next}
+                    {split($1, f, " "); k = f[1] " " f[2] " " f[3] " " f[4]} !seen[k]++' "$out/holdout.tsv" - >"$out/fit.tsv"
+    tr '\t' '\n' <"$out/holdout.tsv" >"$out/holdout.txt"
+    tr '\t' '\n' <"$out/fit.tsv" >"$out/fit.txt"
+    rm "$out/holdout.tsv" "$out/fit.tsv"
+    echo "$(($(wc -l <"$out/fit.txt") / 2)) fit and $(($(wc -l <"$out/holdout.txt") / 2)) hold-out positions"
+}
+if [[ ${1:-} == -m ]]; then
+    (($# >= 3)) || usage
+    mkdir -p "$2"
+    merge "$2" "${@:3}"
+    exit
+fi
 while getopts "g:p:s:d:r:l:" opt; do
     case $opt in
         g) games=$OPTARG ;;

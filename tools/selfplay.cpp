@@ -122,7 +122,8 @@ int main(int argc, char** argv) {
         else {
             fprintf(stderr,
                     "usage: talvin-selfplay --games N [--seed S] [--depth D] [--book FILE] [--output FILE] "
-                    "[--holdout FILE] [--holdout-every K] [--random-plies R]\n");
+                    "[--holdout FILE] [--holdout-every K] [--random-plies R]\n"
+                    "       talvin-selfplay --openings N [--seed S] [--book FILE] [--output FILE]\n");
             return 2;
         }
     }
