@@ -70,8 +70,9 @@ public:
     static killerMoveTable* killers;
     // The evaluation cache the evaluation probes and fills; none when null.
     static evalHashtable* evalCache;
-    // Positional part of the last full evaluation in this process.
-    static int lastPositionalScore;
+    // Positional part of the last full evaluation in this process (in this
+    // thread, for tools that evaluate on several).
+    static thread_local int lastPositionalScore;
 
     // Reads the piece values, builds the program-wide tables and sets up the
     // start position. A given killer table becomes the one the move

@@ -8,7 +8,7 @@
 #include "eval/evalWeights.h"
 
 evalHashtable* board::evalCache = nullptr;
-int board::lastPositionalScore = 0;
+thread_local int board::lastPositionalScore = 0;
 
 namespace {
 
