@@ -1,23 +1,35 @@
 #include "platform/namedEvent.h"
 
+#include <linux/futex.h>
 #include <sched.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
+#include <climits>
 #include <ctime>
 #include <thread>
+
+namespace {
+
+// Not the private futex operations: the flag lives in memory several processes map.
+void futexWait(std::atomic<uint32_t>& word, uint32_t expected, const timespec* relative) {
+    syscall(SYS_futex, reinterpret_cast<uint32_t*>(&word), FUTEX_WAIT, expected, relative, nullptr, 0);
+}
+
+// All sleepers: the one that takes the flag wins, the others sleep again. Waking one could pick a waiter
+// whose time has just run out, and leave the flag set under another that sleeps on.
+void futexWakeAll(std::atomic<uint32_t>& word) {
+    syscall(SYS_futex, reinterpret_cast<uint32_t*>(&word), FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
+}
+
+}  // namespace
 
 bool namedEvent::create(const char* name) {
     shared* object = createObject<shared>(mapping, name);
     if (object == nullptr) return false;
-    initSharedMutex(object->lock, PTHREAD_MUTEX_DEFAULT);
-    pthread_condattr_t conditionAttributes;
-    pthread_condattr_init(&conditionAttributes);
-    pthread_condattr_setpshared(&conditionAttributes, PTHREAD_PROCESS_SHARED);
-    pthread_condattr_setclock(&conditionAttributes, CLOCK_MONOTONIC);
-    pthread_cond_init(&object->condition, &conditionAttributes);
-    pthread_condattr_destroy(&conditionAttributes);
     object->signalled.store(0, std::memory_order_relaxed);
+    object->sleepers.store(0, std::memory_order_relaxed);
     object->ready.store(1, std::memory_order_release);
     return true;
 }
@@ -28,41 +40,40 @@ void namedEvent::openWhenCreated(const char* name, int retryMs) {
     while (!open(name)) std::this_thread::sleep_for(std::chrono::milliseconds(retryMs));
 }
 
-// A process that died inside set or wait leaves the lock to the next user.
-static void lockRobust(pthread_mutex_t* lock) {
-    if (pthread_mutex_lock(lock) == EOWNERDEAD) pthread_mutex_consistent(lock);
-}
-
 void namedEvent::set() {
     if (!valid()) return;
     shared* object = static_cast<shared*>(mapping.view);
-    lockRobust(&object->lock);
-    object->signalled.store(1, std::memory_order_relaxed);
-    pthread_cond_signal(&object->condition);
-    pthread_mutex_unlock(&object->lock);
+    object->signalled.store(1, std::memory_order_seq_cst);
+    if (object->sleepers.load(std::memory_order_seq_cst) > 0) futexWakeAll(object->signalled);
 }
 
 bool namedEvent::wait(int timeoutMs, int spinUs) {
     if (!valid()) return false;
     shared* object = static_cast<shared*>(mapping.view);
-    // A poll of an unset event, as the search makes at every split point, needs no lock.
-    if (timeoutMs == 0 && !object->signalled.load(std::memory_order_relaxed)) return false;
-    const timespec deadline = monotonicDeadline(timeoutMs < 0 ? 0 : timeoutMs);
-    if (spinUs > 0 && timeoutMs != 0) {
+    std::atomic<uint32_t>& flag = object->signalled;
+    // A poll of an unset event, as the search makes at every split point, writes nothing.
+    if (timeoutMs == 0) return flag.load(std::memory_order_relaxed) != 0 && flag.exchange(0) != 0;
+    using clock = std::chrono::steady_clock;
+    const auto deadline = clock::now() + std::chrono::milliseconds(timeoutMs);
+    if (spinUs > 0) {
         if (timeoutMs > 0 && spinUs > timeoutMs * 1000) spinUs = timeoutMs * 1000;
-        const auto until = std::chrono::steady_clock::now() + std::chrono::microseconds(spinUs);
-        while (!object->signalled.load(std::memory_order_relaxed) && std::chrono::steady_clock::now() < until)
-            sched_yield();
+        const auto until = clock::now() + std::chrono::microseconds(spinUs);
+        while (!flag.load(std::memory_order_relaxed) && clock::now() < until) sched_yield();
     }
-    lockRobust(&object->lock);
-    while (!object->signalled.load(std::memory_order_relaxed) && timeoutMs != 0) {
-        const int result = timeoutMs < 0 ? pthread_cond_wait(&object->condition, &object->lock)
-                                         : pthread_cond_timedwait(&object->condition, &object->lock, &deadline);
-        if (result == EOWNERDEAD) pthread_mutex_consistent(&object->lock);
-        else if (result == ETIMEDOUT) break;
+    // Taking the flag back to 0 is the reset: of several waiters, one gets each set.
+    for (;;) {
+        if (flag.exchange(0) != 0) return true;
+        timespec left{}, *bound = nullptr;
+        if (timeoutMs > 0) {
+            const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(deadline - clock::now()).count();
+            if (ns <= 0) return false;
+            left.tv_sec = static_cast<time_t>(ns / 1000000000);
+            left.tv_nsec = static_cast<long>(ns % 1000000000);
+            bound = &left;
+        }
+        // Counted before the flag is checked again by the kernel, so a set in between wakes this wait.
+        object->sleepers.fetch_add(1, std::memory_order_seq_cst);
+        futexWait(flag, 0, bound);
+        object->sleepers.fetch_sub(1, std::memory_order_seq_cst);
     }
-    const bool signalled = object->signalled.load(std::memory_order_relaxed) != 0;
-    object->signalled.store(0, std::memory_order_relaxed);
-    pthread_mutex_unlock(&object->lock);
-    return signalled;
 }

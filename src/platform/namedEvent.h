@@ -1,7 +1,6 @@
 #pragma once
-#include <pthread.h>
-
 #include <atomic>
+#include <cstdint>
 
 #include "platform/namedMapping.h"
 
@@ -10,13 +9,17 @@
 inline constexpr int wakeSpinUs = 200;
 
 // A named auto-reset event: one set releases exactly one wait.
+//
+// A futex on the flag itself, not a shared condition variable: a process
+// killed inside a condition wait leaves the variable holding it, and the
+// next signal that has to pass it by blocks for ever. A futex holds nothing
+// for its waiters.
 class namedEvent {
 public:
     struct shared {
         std::atomic<int> ready;
-        pthread_mutex_t lock;
-        pthread_cond_t condition;
-        std::atomic<int> signalled;  // written under the lock, watched without it
+        std::atomic<uint32_t> signalled;
+        std::atomic<int32_t> sleepers;  // waiters inside the futex wait; a dead one only costs a wake call
     };
     namedMapping mapping;
 

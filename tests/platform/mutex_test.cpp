@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -123,6 +124,41 @@ TEST(NamedObjects, EventsResetAutomaticallyAndWakeOtherProcesses) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(event.wait(30, 10000000));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    shm_unlink(name.c_str());
+    shm_unlink((name + "reply").c_str());
+}
+
+// A helper killed while asleep on an event must not take the event with it: sets still return and wake the
+// next waiter (a shared condition variable once hung the second set for ever).
+TEST(NamedObjects, AnEventOutlivesAWaiterKilledAsleepOnIt) {
+    const std::string name = uniqueName("Event");
+    namedEvent event, reply;
+    ASSERT_TRUE(event.create(name.c_str()));
+    ASSERT_TRUE(reply.create((name + "reply").c_str()));
+    const pid_t sleeper = fork();
+    if (sleeper == 0) {
+        event.wait(60000);
+        _exit(0);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    kill(sleeper, SIGKILL);
+    waitpid(sleeper, nullptr, 0);
+    const pid_t next = fork();
+    if (next == 0) {
+        for (int round = 0; round < 3; round++) {
+            if (!event.wait(5000)) _exit(1);
+            reply.set();
+        }
+        _exit(0);
+    }
+    for (int round = 0; round < 3; round++) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        event.set();
+        EXPECT_TRUE(reply.wait(1000)) << round;
+    }
+    int status = 0;
+    waitpid(next, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
     shm_unlink(name.c_str());
     shm_unlink((name + "reply").c_str());
 }
