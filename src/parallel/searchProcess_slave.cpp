@@ -8,7 +8,7 @@ void searchProcess::slaveStandBy(searchtree& tree, sharedData& shared) {
     slaveAvailable.set();
     if (shared.runFlag == 0) return;
     for (;;) {
-        while (!startSlave[n].wait(1000, wakeSpinUs) && shared.runFlag) slaveAvailable.set();
+        while (!startSlave[n].wait(1000, helperSpinUs) && shared.runFlag) slaveAvailable.set();
         int b;
         {
             lockGuard mt(mutex::mt);

@@ -7,6 +7,10 @@
 // How long a waiter that expects to be woken soon watches the event before
 // it sleeps: waking a sleeping process costs tens of microseconds.
 inline constexpr int wakeSpinUs = 200;
+// An idle helper watches longer: a claim that finds it asleep waited 0.1 to
+// 1 ms for its processor to be woken (measured on a virtual machine), and
+// during a search each helper has a core of its own to spend.
+inline constexpr int helperSpinUs = 3000;
 
 // A named auto-reset event: one set releases exactly one wait.
 //
