@@ -11,6 +11,10 @@
 
 #include "platform/console.h"
 
+// Every page is mapped up front: a search would otherwise pay a page fault
+// at the first touch of each page of the tables, in every process.
+static constexpr int mapFlags = MAP_SHARED | MAP_POPULATE;
+
 void objectName(char* out, size_t outSize, const char* stem, const char* instance, const char* suffix) {
     snprintf(out, outSize, "/%s%s%s", stem, instance, suffix);
 }
@@ -24,7 +28,7 @@ namedMapping::result namedMapping::create(const char* name, size_t bytes) {
         shm_unlink(name);
         return notCreated;
     }
-    void* mapped = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
+    void* mapped = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, mapFlags, handle, 0);
     if (mapped == MAP_FAILED) return notMapped;
     view = mapped;
     size = bytes;
@@ -40,7 +44,7 @@ namedMapping::result namedMapping::open(const char* name) {
         closeHandle();
         return notCreated;
     }
-    void* mapped = mmap(nullptr, static_cast<size_t>(info.st_size), PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
+    void* mapped = mmap(nullptr, static_cast<size_t>(info.st_size), PROT_READ | PROT_WRITE, mapFlags, handle, 0);
     if (mapped == MAP_FAILED) return notMapped;
     view = mapped;
     size = static_cast<size_t>(info.st_size);
