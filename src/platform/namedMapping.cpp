@@ -11,10 +11,6 @@
 
 #include "platform/console.h"
 
-// Every page is mapped up front: a search would otherwise pay a page fault
-// at the first touch of each page of the tables, in every process.
-static constexpr int mapFlags = MAP_SHARED | MAP_POPULATE;
-
 void objectName(char* out, size_t outSize, const char* stem, const char* instance, const char* suffix) {
     snprintf(out, outSize, "/%s%s%s", stem, instance, suffix);
 }
@@ -28,7 +24,7 @@ namedMapping::result namedMapping::create(const char* name, size_t bytes) {
         shm_unlink(name);
         return notCreated;
     }
-    void* mapped = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, mapFlags, handle, 0);
+    void* mapped = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
     if (mapped == MAP_FAILED) return notMapped;
     view = mapped;
     size = bytes;
@@ -44,7 +40,7 @@ namedMapping::result namedMapping::open(const char* name) {
         closeHandle();
         return notCreated;
     }
-    void* mapped = mmap(nullptr, static_cast<size_t>(info.st_size), PROT_READ | PROT_WRITE, mapFlags, handle, 0);
+    void* mapped = mmap(nullptr, static_cast<size_t>(info.st_size), PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
     if (mapped == MAP_FAILED) return notMapped;
     view = mapped;
     size = static_cast<size_t>(info.st_size);
@@ -103,6 +99,10 @@ int32_t tableEntriesForSize(int setting, size_t entryBytes, int32_t defaultCount
     constexpr int64_t mappingLimit = int64_t{1} << 32;
     if (setting <= 0 || setting >= mappingLimit / static_cast<int64_t>(65536 * entryBytes)) return defaultCount;
     return setting * 65536;
+}
+
+void namedMapping::prefault() {
+    if (view) madvise(view, size, MADV_POPULATE_WRITE);
 }
 
 void namedMapping::unmap() {

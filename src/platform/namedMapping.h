@@ -22,6 +22,10 @@ public:
     result open(const char* name);
     // create, or with openInstead open, waiting every retryMs until the object exists.
     result createOrOpen(const char* name, size_t bytes, bool openInstead, int retryMs = 100);
+    // Maps every page now rather than at its first touch, which costs a
+    // fault per page in every process. Where the kernel cannot, pages are
+    // mapped as they are touched.
+    void prefault();
     void unmap();
     void closeHandle();
 
