@@ -1,5 +1,6 @@
 #include "platform/namedMapping.h"
 
+#include <errno.h>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -23,6 +24,14 @@ namedMapping::result namedMapping::create(const char* name, size_t bytes) {
         closeHandle();
         shm_unlink(name);
         return notCreated;
+    }
+    // Reserved now: shared memory too small for the object (a container's
+    // /dev/shm, say) would otherwise kill a process at its first touch of a
+    // page that cannot be had.
+    if (posix_fallocate(handle, 0, static_cast<off_t>(bytes)) == ENOSPC) {
+        closeHandle();
+        shm_unlink(name);
+        return noSpace;
     }
     void* mapped = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
     if (mapped == MAP_FAILED) return notMapped;
@@ -56,10 +65,13 @@ namedMapping::result namedMapping::createOrOpen(const char* name, size_t bytes, 
 
 bool namedMapping::mapReported(const char* name, size_t bytes, bool openInstead, const char* label, bool lockFree,
                                int retryMs) {
+    return reported(createOrOpen(name, bytes, openInstead, retryMs), label, lockFree);
+}
+
+bool namedMapping::reported(result opened, const char* label, bool lockFree) {
     const char* space = *label ? " " : "";
     char message[160];
-    const result opened = createOrOpen(name, bytes, openInstead, retryMs);
-    if (opened == notCreated) {
+    if (opened == notCreated || opened == noSpace) {
         snprintf(message, sizeof message, "ERROR! Could not create file mapping object%s%s.\n", space, label);
     } else if (opened == notMapped) {
         snprintf(message, sizeof message, "ERROR! Could not map view of file%s%s.\n", space, label);
@@ -88,7 +100,19 @@ void* namedMapping::mapTable(const char* stem, const char* instance, int32_t& co
                              bool openInstead) {
     char name[160];
     objectName(name, sizeof name, stem, instance);
-    if (!mapReported(name, static_cast<size_t>(count) * entryBytes, openInstead, stem)) return nullptr;
+    const int32_t asked = count;
+    result made = createOrOpen(name, static_cast<size_t>(count) * entryBytes, openInstead);
+    // A table that does not fit is halved until it does: a smaller table
+    // beats an engine that cannot start.
+    while (made == noSpace && count / 2 >= smallestTable) {
+        count /= 2;
+        made = create(name, static_cast<size_t>(count) * entryBytes);
+    }
+    if (made == ok && count != asked)
+        printInfo("%s: %lld MB do not fit in shared memory, %lld MB taken\n", stem,
+                  static_cast<long long>(asked) * static_cast<long long>(entryBytes) >> 20,
+                  static_cast<long long>(count) * static_cast<long long>(entryBytes) >> 20);
+    if (!reported(made, stem)) return nullptr;
     // The creator's size is the one every process must index by, whatever
     // the settings file says by now.
     if (openInstead) count = static_cast<int32_t>(size / entryBytes);

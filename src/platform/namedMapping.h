@@ -10,7 +10,10 @@
 // memory reads as zeros.
 class namedMapping {
 public:
-    enum result { ok, notCreated, notMapped };
+    // noSpace: shared memory cannot hold an object of that size.
+    enum result { ok, notCreated, notMapped, noSpace };
+    // The least table mapTable halves down to.
+    static constexpr int32_t smallestTable = 65536;
 
     void* view = nullptr;
     size_t size = 0;
@@ -35,12 +38,15 @@ public:
     // an empty label); printed without the I/O mutex when lockFree.
     bool mapReported(const char* name, size_t bytes, bool openInstead, const char* label, bool lockFree = false,
                      int retryMs = 100);
+    // True for ok; otherwise says what failed, as mapReported does.
+    bool reported(result opened, const char* label, bool lockFree = false);
     // Unmaps and closes, saying "unmapping <label>...." and "Getting rid of
     // handle <label>...." for what there was to release.
     void releaseReported(const char* label);
     // A table of count entries of entryBytes each, named stem plus instance;
-    // an opener takes the creator's count. The entries, or nullptr after the
-    // message.
+    // an opener takes the creator's count, a creator halves it (down to
+    // smallestTable) while shared memory cannot hold it. The entries, or
+    // nullptr after the message.
     void* mapTable(const char* stem, const char* instance, int32_t& count, size_t entryBytes, bool openInstead);
     ~namedMapping() {
         unmap();
