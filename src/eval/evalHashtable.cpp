@@ -14,6 +14,8 @@ evalHashtable::evalHashtable(const char* instance, bool openInstead)
 evalHashtable::evalHashtable(const char* instance, int sizeSetting, bool openInstead) {
     entryCount = entriesForSize(sizeSetting);
     entries = static_cast<uint64_t*>(mapping.mapTable("sharedEvalHashtable", instance, entryCount, 8, openInstead));
+    // Unlike the hash table, which every process clears at start, the cache
+    // would otherwise fault its pages in during the first searches.
     mapping.prefault();
 }
 

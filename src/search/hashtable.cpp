@@ -13,9 +13,7 @@ hashtable::hashtable(const char* instance, int sizeMB, bool openInstead) {
     entryCount = entriesForSize(sizeMB);
     entries = static_cast<uint64_t*>(mapping.mapTable("sharedHashtable", instance, entryCount, 16, openInstead));
     if (entries == nullptr) return;
-    // A new mapping reads as zeros, an empty table: clearing it again in
-    // every process only made large tables slow to start.
-    mapping.prefault();
+    reset();
     ready = true;
 }
 
