@@ -100,18 +100,9 @@ void* namedMapping::mapTable(const char* stem, const char* instance, int32_t& co
                              bool openInstead) {
     char name[160];
     objectName(name, sizeof name, stem, instance);
-    const int32_t asked = count;
-    result made = createOrOpen(name, static_cast<size_t>(count) * entryBytes, openInstead);
-    // A table that does not fit is halved until it does: a smaller table
-    // beats an engine that cannot start.
-    while (made == noSpace && count / 2 >= smallestTable) {
-        count /= 2;
-        made = create(name, static_cast<size_t>(count) * entryBytes);
-    }
-    if (made == ok && count != asked)
-        printInfo("%s: %lld MB do not fit in shared memory, %lld MB taken\n", stem,
-                  static_cast<long long>(asked) * static_cast<long long>(entryBytes) >> 20,
-                  static_cast<long long>(count) * static_cast<long long>(entryBytes) >> 20);
+    // Tables exist before any process that opens them starts: one missing
+    // was not created, and waiting for it would be for ever.
+    const result made = openInstead ? open(name) : create(name, static_cast<size_t>(count) * entryBytes);
     if (!reported(made, stem)) return nullptr;
     // The creator's size is the one every process must index by, whatever
     // the settings file says by now.

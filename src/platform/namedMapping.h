@@ -12,8 +12,6 @@ class namedMapping {
 public:
     // noSpace: shared memory cannot hold an object of that size.
     enum result { ok, notCreated, notMapped, noSpace };
-    // The least table mapTable halves down to.
-    static constexpr int32_t smallestTable = 65536;
 
     void* view = nullptr;
     size_t size = 0;
@@ -44,9 +42,8 @@ public:
     // handle <label>...." for what there was to release.
     void releaseReported(const char* label);
     // A table of count entries of entryBytes each, named stem plus instance;
-    // an opener takes the creator's count, a creator halves it (down to
-    // smallestTable) while shared memory cannot hold it. The entries, or
-    // nullptr after the message.
+    // an opener takes the creator's count. The entries, or nullptr after the
+    // message.
     void* mapTable(const char* stem, const char* instance, int32_t& count, size_t entryBytes, bool openInstead);
     ~namedMapping() {
         unmap();
