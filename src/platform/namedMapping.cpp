@@ -31,7 +31,7 @@ namedMapping::result namedMapping::create(const char* name, size_t bytes) {
     if (posix_fallocate(handle, 0, static_cast<off_t>(bytes)) == ENOSPC) {
         closeHandle();
         shm_unlink(name);
-        return noSpace;
+        return notCreated;
     }
     void* mapped = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
     if (mapped == MAP_FAILED) return notMapped;
@@ -71,7 +71,7 @@ bool namedMapping::mapReported(const char* name, size_t bytes, bool openInstead,
 bool namedMapping::reported(result opened, const char* label, bool lockFree) {
     const char* space = *label ? " " : "";
     char message[160];
-    if (opened == notCreated || opened == noSpace) {
+    if (opened == notCreated) {
         snprintf(message, sizeof message, "ERROR! Could not create file mapping object%s%s.\n", space, label);
     } else if (opened == notMapped) {
         snprintf(message, sizeof message, "ERROR! Could not map view of file%s%s.\n", space, label);

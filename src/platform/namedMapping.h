@@ -10,14 +10,15 @@
 // memory reads as zeros.
 class namedMapping {
 public:
-    // noSpace: shared memory cannot hold an object of that size.
-    enum result { ok, notCreated, notMapped, noSpace };
+    enum result { ok, notCreated, notMapped };
 
     void* view = nullptr;
     size_t size = 0;
     int handle = -1;
 
-    // Makes the object (replacing a stale one of the same name) and maps it.
+    // Makes the object (replacing a stale one of the same name), reserving
+    // its memory, and maps it; notCreated also when shared memory cannot
+    // hold it.
     result create(const char* name, size_t bytes);
     // Maps an existing object; notCreated while it does not exist yet.
     result open(const char* name);
